@@ -16,11 +16,10 @@ namespace xel {
 
 /// Why a text is not JSON: the codes of errors in `jsonErrorDomain`. The numbers are stable.
 enum class JSONError : int {
-  syntax = 1,      ///< Not JSON (RFC 8259); the description gives the byte offset.
+  syntax = 1,      ///< Not JSON (RFC 8259) or not UTF-8; the description gives the byte offset.
   incomplete = 2,  ///< The text ends too early.
   tooDeep = 3,     ///< Nested deeper than 512 levels.
-  notUTF8 = 4,
-  bareScalar = 5,  ///< The top level is neither an object nor an array.
+  bareScalar = 4,  ///< The top level is neither an object nor an array.
 };
 
 inline constexpr std::string_view jsonErrorDomain = "XELJSONError";
