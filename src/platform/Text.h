@@ -22,4 +22,7 @@ std::string lowercased(std::string_view text);
 /// beyond 64 bits becomes the nearest 64-bit integer.
 std::int64_t leadingInteger(std::string_view text) noexcept;
 
+/// Whether every byte belongs to a well-formed UTF-8 sequence (RFC 3629).
+bool isUTF8(std::string_view text) noexcept;
+
 }  // namespace xel

@@ -1,0 +1,4 @@
+#include "xel/display/XELVideoDisplay.h"
+
+XELVideoDisplay::~XELVideoDisplay() = default;
+XELVideoDisplayDelegate::~XELVideoDisplayDelegate() = default;

@@ -1,0 +1,20 @@
+#include "xel/model/TrackedEvents.h"
+
+namespace xel {
+
+void TrackedEvents::addEvent_trackingURL(std::string_view event, std::string url) {
+  auto filed = trackingURLs_.find(event);
+  if (filed == trackingURLs_.end()) {
+    filed = trackingURLs_.emplace(event, std::vector<std::string>()).first;
+  }
+  filed->second.push_back(std::move(url));
+}
+
+std::optional<std::vector<std::string>> TrackedEvents::trackingURLsForEvent(
+    std::string_view event) const {
+  const auto filed = trackingURLs_.find(event);
+  if (filed == trackingURLs_.end()) return std::nullopt;
+  return filed->second;
+}
+
+}  // namespace xel

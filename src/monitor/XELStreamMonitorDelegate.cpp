@@ -1,0 +1,3 @@
+#include "xel/monitor/XELStreamMonitorDelegate.h"
+
+XELStreamMonitorDelegate::~XELStreamMonitorDelegate() = default;

@@ -1,0 +1,3 @@
+#include "xel/session/XELStreamManagerDelegate.h"
+
+XELStreamManagerDelegate::~XELStreamManagerDelegate() = default;

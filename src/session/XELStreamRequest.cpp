@@ -1,0 +1,3 @@
+#include "xel/session/XELStreamRequest.h"
+
+XELStreamRequest::~XELStreamRequest() = default;
