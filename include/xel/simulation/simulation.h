@@ -1,0 +1,11 @@
+#pragma once
+
+/// The whole simulation kit: what a host application needs to test itself without a network, a
+/// player or a clock.
+
+#include "xel/simulation/RecordingDelegate.h"
+#include "xel/simulation/ScriptedDisplay.h"
+#include "xel/simulation/SimulatedPlatform.h"
+#include "xel/simulation/StreamInfoBuilder.h"
+#include "xel/simulation/StreamInitAnswerBuilder.h"
+#include "xel/simulation/VastBuilder.h"
