@@ -1,0 +1,19 @@
+# How every target of ours is compiled.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+add_library(xel_options INTERFACE)
+target_compile_options(xel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+                       -Wnon-virtual-dtor -Woverloaded-virtual
+                       $<$<BOOL:${XEL_WARNINGS_AS_ERRORS}>:-Werror>)
+if(XEL_SANITIZE)
+  target_compile_options(xel_options INTERFACE -fsanitize=${XEL_SANITIZE} -fno-omit-frame-pointer
+                         -fno-sanitize-recover=all)
+  target_compile_definitions(xel_options INTERFACE _GLIBCXX_ASSERTIONS)
+  target_link_options(xel_options INTERFACE -fsanitize=${XEL_SANITIZE})
+endif()

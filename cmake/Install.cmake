@@ -1,0 +1,56 @@
+# The libraries, their headers, the CMake package and the pkg-config files, in three components:
+# runtime (what programs need), development, and simulation (for tests of host applications).
+
+include(CMakePackageConfigHelpers)
+set(xel_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/xel")
+
+install(TARGETS xel EXPORT xelTargets
+        LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+        ARCHIVE COMPONENT development
+        FILE_SET HEADERS COMPONENT development)
+install(TARGETS xel_simulation EXPORT xelSimulationTargets
+        LIBRARY COMPONENT simulation
+        ARCHIVE COMPONENT simulation
+        FILE_SET HEADERS COMPONENT simulation)
+install(EXPORT xelTargets NAMESPACE xel:: DESTINATION "${xel_package_dir}" COMPONENT development)
+install(EXPORT xelSimulationTargets NAMESPACE xel:: DESTINATION "${xel_package_dir}"
+        COMPONENT simulation)
+if(TARGET xel_tool)
+  set_target_properties(xel_tool PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS xel_tool RUNTIME COMPONENT tool)
+endif()
+
+configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/xelConfig.cmake.in"
+                              "${PROJECT_BINARY_DIR}/package/xelConfig.cmake"
+                              INSTALL_DESTINATION "${xel_package_dir}"
+                              NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/xelConfigVersion.cmake"
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/package/xelConfig.cmake"
+              "${PROJECT_BINARY_DIR}/package/xelConfigVersion.cmake"
+        DESTINATION "${xel_package_dir}" COMPONENT development)
+
+file(RELATIVE_PATH xel_pkgconfig_to_prefix
+     "${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+cmake_path(IS_ABSOLUTE CMAKE_INSTALL_LIBDIR xel_absolute)
+if(xel_absolute)
+  set(xel_pkgconfig_libdir "${CMAKE_INSTALL_LIBDIR}")
+  set(xel_pkgconfig_prefix "${CMAKE_INSTALL_PREFIX}")
+else()
+  set(xel_pkgconfig_libdir "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+  set(xel_pkgconfig_prefix "\${pcfiledir}/${xel_pkgconfig_to_prefix}")
+endif()
+cmake_path(IS_ABSOLUTE CMAKE_INSTALL_INCLUDEDIR xel_absolute)
+if(xel_absolute)
+  set(xel_pkgconfig_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
+else()
+  set(xel_pkgconfig_includedir "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
+foreach(file xel xel-simulation)
+  configure_file("${CMAKE_CURRENT_LIST_DIR}/${file}.pc.in" "${PROJECT_BINARY_DIR}/package/${file}.pc"
+                 @ONLY)
+endforeach()
+install(FILES "${PROJECT_BINARY_DIR}/package/xel.pc"
+        DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+install(FILES "${PROJECT_BINARY_DIR}/package/xel-simulation.pc"
+        DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT simulation)
