@@ -1,0 +1,319 @@
+#include "PlayCommand.h"
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <optional>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+#include "xel/platform/Platform.h"
+#include "xel/platform/StandardRunLoop.h"
+#include "xel/session/XELLiveStreamRequest.h"
+#include "xel/session/XELVODStreamRequest.h"
+
+#include "ClockDisplay.h"
+#include "JSONLines.h"
+#include "ObservingHTTPClient.h"
+#include "PlainView.h"
+#include "PlaySession.h"
+#include "SignalWatcher.h"
+#include "TerminalView.h"
+
+namespace xel {
+namespace {
+
+constexpr auto exitStatuses =
+    "Exit status:\n"
+    "  0    the stream ended, or --duration ran out, and every ping had its result\n"
+    "  1    the session failed\n"
+    "  2    wrong usage\n"
+    "  130  ended by SIGINT\n"
+    "  143  ended by SIGTERM";
+
+/// What stands on the command line for a stream of either kind.
+struct PlayOptions {
+  DefaultPlatformOptions platform;
+  ClockDisplay::Settings clock;
+  std::optional<std::string> apiKey;
+  std::optional<std::string> authToken;
+  std::optional<std::string> monitorID;
+  std::optional<std::string> manifestSuffix;
+  std::map<std::string, std::string> adTags;
+  std::vector<double> conversions;
+  bool json = false;
+
+  void applyTo(XELStreamRequest& request) const {
+    request.setApiKey(apiKey);
+    request.setAuthToken(authToken);
+    request.setStreamActivityMonitorID(monitorID);
+    request.setManifestURLSuffix(manifestSuffix);
+    request.setAdTagParameters(adTags);
+  }
+};
+
+struct LiveOptions : PlayOptions {
+  std::string assetKey;
+  bool attemptPreroll = false;
+};
+
+struct VODOptions : PlayOptions {
+  std::string contentSourceID;
+  std::string videoID;
+};
+
+[[noreturn]] void refuse(const std::string& option, const std::string& text,
+                         const std::string& remedy) {
+  throw CLI::ValidationError(option, "\"" + text + "\" does not do: give " + remedy);
+}
+
+std::optional<double> finiteNumber(std::string_view text) {
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(number)) {
+    return std::nullopt;
+  }
+  return number;
+}
+
+double secondsFrom(const std::string& option, const std::string& text) {
+  const auto seconds = finiteNumber(text);
+  if (!seconds || *seconds < 0) refuse(option, text, "seconds, 0 or more, such as 12.5");
+  return *seconds;
+}
+
+std::optional<double> speedFrom(const std::string& text) {
+  if (text == "max") return std::nullopt;
+  const auto speed = finiteNumber(text);
+  if (!speed || *speed <= 0) refuse("--speed", text, "a number above 0, or max");
+  return speed;
+}
+
+Seek seekFrom(const std::string& text) {
+  const auto colon = text.find(':');
+  const auto at = finiteNumber(text.substr(0, colon));
+  const auto to = colon == std::string::npos ? std::nullopt : finiteNumber(text.substr(colon + 1));
+  if (!at || !to || *at < 0 || *to < 0) {
+    refuse("--seek", text, "AT:TO, both in seconds of stream time, such as 30:95.5");
+  }
+  return {*at, *to};
+}
+
+std::pair<std::string, std::string> adTagFrom(const std::string& text) {
+  const auto equals = text.find('=');
+  if (equals == std::string::npos || equals == 0) {
+    refuse("--ad-tag", text, "KEY=VALUE, such as iu=/1234/news");
+  }
+  return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+std::string serverFrom(const std::string& text) {
+  static const std::regex form(R"(([A-Za-z0-9._-]+|\[[0-9A-Fa-f:.]+\])(:([0-9]{1,5}))?)");
+  std::smatch parts;
+  if (!std::regex_match(text, parts, form) ||
+      (parts[3].matched && (std::stoi(parts[3]) < 1 || std::stoi(parts[3]) > 65535))) {
+    refuse("--server", text, "HOST or HOST:PORT, without https://");
+  }
+  return text;
+}
+
+std::string advertisingIDFrom(const std::string& text) {
+  static const std::regex form("[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}");
+  if (!std::regex_match(text, form)) {
+    refuse("--advertising-id", text, "a UUID, such as 123e4567-e89b-12d3-a456-426614174000");
+  }
+  return text;
+}
+
+std::string identifierFrom(const std::string& option, const std::string& text) {
+  if (text.empty()) refuse(option, text, "an identifier that is not empty");
+  return text;
+}
+
+using Texts = std::vector<std::string>;
+
+/// An option that is given several times, with one value each time.
+CLI::Option* addRepeatable(CLI::App& command, const std::string& name, const std::string& valueName,
+                           const std::string& description,
+                           const std::function<void(const Texts&)>& take) {
+  return command.add_option_function<Texts>(name, take, description)
+      ->allow_extra_args(false)
+      ->type_name(valueName);
+}
+
+CLI::Option* addText(CLI::App& command, const std::string& name, const std::string& valueName,
+                     const std::string& description,
+                     const std::function<void(const std::string&)>& take) {
+  return command.add_option_function<std::string>(name, take, description)->type_name(valueName);
+}
+
+void addServerOptions(CLI::App& command, PlayOptions& options) {
+  auto& platform = options.platform;
+  addText(command, "--server", "HOST[:PORT]", "The ad server of live and on-demand streams",
+          [&platform](const std::string& text) {
+            platform.services.liveHost = platform.services.vodHost = serverFrom(text);
+          });
+  command.add_option("--ca-file", platform.caFile, "Trust the authorities of this PEM file alone")
+      ->check(CLI::ExistingFile)
+      ->type_name("PEM");
+  addRepeatable(command, "--ad-domain", "DOMAIN",
+                "A domain whose tracking URLs may be measurement URLs (give two)",
+                [&platform](const Texts& domains) {
+                  if (domains.size() != 2 || domains[0].empty() || domains[1].empty()) {
+                    throw CLI::ValidationError("--ad-domain",
+                                               "give it exactly twice, or not at all");
+                  }
+                  platform.services.measurementDomains = {domains[0], domains[1]};
+                });
+}
+
+void addRequestOptions(CLI::App& command, PlayOptions& options) {
+  auto& host = options.platform.host;
+  command.add_option("--api-key", options.apiKey, "Key that authorises the request");
+  command.add_option("--auth-token", options.authToken,
+                     "Token that authorises the request, instead of the key");
+  addRepeatable(command, "--ad-tag", "KEY=VALUE", "Ad targeting parameter (repeatable)",
+                [&options](const Texts& tags) {
+                  for (const auto& tag : tags) {
+                    const auto [key, value] = adTagFrom(tag);
+                    options.adTags[key] = value;
+                  }
+                });
+  command.add_option("--manifest-suffix", options.manifestSuffix,
+                     "Query text to end the manifest's URL with");
+  command.add_option("--monitor-id", options.monitorID,
+                     "Identifier in the server's stream activity monitor");
+  command.add_option("--app-id", host.applicationIdentifier,
+                     "Identifier of the application, such as com.example.player");
+  command.add_option("--app-version", host.applicationVersion, "Version of the application");
+  addText(command, "--advertising-id", "UUID", "Advertising identifier; tracking is then allowed",
+          [&host](const std::string& text) {
+            host.advertisingIdentifier = advertisingIDFrom(text);
+            host.advertisingTrackingEnabled = true;
+          });
+}
+
+void addPlayerOptions(CLI::App& command, PlayOptions& options) {
+  auto& clock = options.clock;
+  addText(command, "--player", "clock",
+          "clock: no pictures, only a clock that runs over the manifest (default)",
+          [](const std::string& text) {
+            if (text != "clock") refuse("--player", text, "clock");
+          });
+  addText(command, "--speed", "N|max", "Stream seconds for each second (default 1)",
+          [&clock](const std::string& text) { clock.speed = speedFrom(text); });
+  addText(command, "--duration", "SECONDS",
+          "Stream time to play, pre-roll included, jumps not (default: to the end)",
+          [&clock](const std::string& text) { clock.duration = secondsFrom("--duration", text); });
+  addRepeatable(command, "--seek", "AT:TO", "Jump to TO when AT is reached (repeatable, in order)",
+                [&clock](const Texts& seeks) {
+                  for (const auto& seek : seeks) clock.seeks.push_back(seekFrom(seek));
+                });
+  addRepeatable(command, "--convert", "TIME",
+                "Convert TIME between stream and content time (repeatable)",
+                [&options](const Texts& times) {
+                  for (const auto& time : times) {
+                    const auto number = finiteNumber(time);
+                    if (!number) refuse("--convert", time, "seconds, such as 12.5");
+                    options.conversions.push_back(*number);
+                  }
+                });
+  command.add_flag("--json", options.json, "One JSON object a line on standard output");
+}
+
+std::shared_ptr<PlayView> makeView(bool json) {
+  if (json) return std::make_shared<JSONLines>(stdout);
+  const auto* terminal = std::getenv("TERM");
+  if (isatty(STDOUT_FILENO) != 0 && terminal && std::string_view(terminal) != "dumb") {
+    return std::make_shared<TerminalView>(stdout);
+  }
+  return std::make_shared<PlainView>(stdout);
+}
+
+double steadySeconds() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& request) {
+  options.applyTo(*request);
+  const auto runLoop = StandardRunLoop::main();
+  const auto view = makeView(options.json);
+  const auto session =
+      std::make_shared<PlaySession>(view, options.conversions, [runLoop] { runLoop->stop(); });
+  // Before the HTTP client has its thread.
+  const SignalWatcher signals(runLoop, {SIGINT, SIGTERM, SIGWINCH}, [view, session](int signal) {
+    if (signal == SIGWINCH) return view->redraw();
+    session->abandon(128 + signal);
+  });
+
+  auto platform = Platform::makeDefault(options.platform);
+  const auto http = std::make_shared<ObservingHTTPClient>(platform.http, session, steadySeconds);
+  platform.http = http;
+  platform.log = view->log();
+  const ScopedPlatform scope(std::move(platform));
+
+  session->start(std::make_shared<ClockDisplay>(http, runLoop, steadySeconds, options.clock), http,
+                 request);
+  runLoop->run();
+  return session->exitStatus();
+}
+
+void addCommonOptions(CLI::App& command, PlayOptions& options) {
+  addServerOptions(command, options);
+  addRequestOptions(command, options);
+  addPlayerOptions(command, options);
+  command.footer(exitStatuses);
+}
+
+}  // namespace
+
+void registerPlay(CLI::App& app, int& exitStatus) {
+  auto* command = app.add_subcommand("play", "Play a stream and show what happens in it");
+  command->require_subcommand(1);
+  command->footer(exitStatuses);
+
+  auto* live = command->add_subcommand("live", "Play a live stream");
+  const auto liveOptions = std::make_shared<LiveOptions>();
+  addText(*live, "--asset-key", "KEY", "The stream's asset key",
+          [liveOptions](const std::string& text) {
+            liveOptions->assetKey = identifierFrom("--asset-key", text);
+          })
+      ->required();
+  live->add_flag("--attempt-preroll", liveOptions->attemptPreroll, "Ask for a pre-roll");
+  addCommonOptions(*live, *liveOptions);
+  live->callback([liveOptions, &exitStatus] {
+    const auto request = XELLiveStreamRequest::initWithAssetKey(liveOptions->assetKey);
+    request->setAttemptPreroll(liveOptions->attemptPreroll);
+    exitStatus = play(*liveOptions, request);
+  });
+
+  auto* vod = command->add_subcommand("vod", "Play an on-demand stream");
+  const auto vodOptions = std::make_shared<VODOptions>();
+  addText(*vod, "--content-source-id", "ID", "The content source",
+          [vodOptions](const std::string& text) {
+            vodOptions->contentSourceID = identifierFrom("--content-source-id", text);
+          })
+      ->required();
+  addText(*vod, "--video-id", "ID", "The video within the content source",
+          [vodOptions](const std::string& text) {
+            vodOptions->videoID = identifierFrom("--video-id", text);
+          })
+      ->required();
+  addCommonOptions(*vod, *vodOptions);
+  vod->callback([vodOptions, &exitStatus] {
+    exitStatus = play(*vodOptions, XELVODStreamRequest::initWithContentSourceID_videoID(
+                                       vodOptions->contentSourceID, vodOptions->videoID));
+  });
+}
+
+}  // namespace xel

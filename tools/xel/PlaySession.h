@@ -1,0 +1,90 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "xel/session/XELStreamManager.h"
+#include "xel/session/XELStreamManagerDelegate.h"
+#include "xel/session/XELStreamRequest.h"
+
+#include "ClockDisplay.h"
+#include "ObservingHTTPClient.h"
+#include "PlayView.h"
+
+namespace xel {
+
+/// The host application of one stream: shows what the library, the display and the pings tell, and
+/// knows when all is over.
+///
+/// It is over when the stream or the duration to play is at its end, or the session failed, and
+/// every ping that was sent has its result. Threads: main run loop.
+class PlaySession final : public XELStreamManagerDelegate,
+                          public ClockDisplayObserver,
+                          public PingObserver,
+                          public std::enable_shared_from_this<PlaySession> {
+ public:
+  /// @param conversions times to convert once the stream is ready, in seconds.
+  /// @param whenOver is called once, from within a report.
+  PlaySession(std::shared_ptr<PlayView> view, std::vector<double> conversions,
+              std::function<void()> whenOver);
+
+  void start(std::shared_ptr<ClockDisplay> display, std::shared_ptr<ObservingHTTPClient> http,
+             std::shared_ptr<XELStreamRequest> request);
+  /// Ends the session now, without waiting for pings.
+  void abandon(int exitStatus);
+  /// 0 when the stream was played, 1 when the session failed, or what `abandon` was given.
+  int exitStatus() const noexcept { return exitStatus_.value_or(1); }
+
+  void streamManager_didInitializeStream(XELStreamManager& manager,
+                                         const std::string& streamID) override;
+  void streamManager_didReceiveError(XELStreamManager& manager,
+                                     const std::shared_ptr<const Error>& error) override;
+  void streamManagerIsReadyForPlayback(XELStreamManager& manager) override;
+  void streamManager_adBreakDidStart(XELStreamManager& manager,
+                                     const std::shared_ptr<XELAdBreakInfo>& info) override;
+  void streamManager_adDidStart(XELStreamManager& manager,
+                                const std::shared_ptr<XELAd>& ad) override;
+  void streamManager_adDidCrossFirstQuartile(XELStreamManager& manager,
+                                             const std::shared_ptr<XELAd>& ad) override;
+  void streamManager_adDidCrossMidpoint(XELStreamManager& manager,
+                                        const std::shared_ptr<XELAd>& ad) override;
+  void streamManager_adDidCrossThirdQuartile(XELStreamManager& manager,
+                                             const std::shared_ptr<XELAd>& ad) override;
+  void streamManager_adDidComplete(XELStreamManager& manager,
+                                   const std::shared_ptr<XELAd>& ad) override;
+  void streamManager_adBreakDidEnd(XELStreamManager& manager,
+                                   const std::shared_ptr<XELAdBreakInfo>& info) override;
+  void streamManager_ad_didCountdownTo(XELStreamManager& manager, const std::shared_ptr<XELAd>& ad,
+                                       double remaining) override;
+  void streamManager_didUpdateCuepoints(
+      XELStreamManager& manager,
+      const std::vector<std::shared_ptr<XELCuepoint>>& cuepoints) override;
+
+  void clockWillLoad(const std::string& url, const std::vector<JSONValue>& subtitles) override;
+  void clockDidTick() override;
+  void clockDidMiss(std::uint64_t segments) override;
+  void clockDidEnd() override;
+
+  void pingWillBeSent(const std::string& event, const std::string& url) override;
+  void pingWasAnswered(const std::string& event, const std::string& url, const HTTPResult& result,
+                       double milliseconds) override;
+
+ private:
+  void show(const PlayEvent& event);
+  void convertTimes(const XELStreamManager& manager);
+  void endAfterPings(int exitStatus);
+  void endIfPingsAreAnswered();
+
+  const std::shared_ptr<PlayView> view_;
+  std::vector<double> conversions_;
+  std::function<void()> whenOver_;
+  std::shared_ptr<ClockDisplay> display_;
+  std::shared_ptr<ObservingHTTPClient> http_;
+  std::shared_ptr<XELStreamManager> manager_;
+  std::optional<int> exitStatus_;
+};
+
+}  // namespace xel
