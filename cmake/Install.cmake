@@ -15,7 +15,7 @@ install(TARGETS xel_simulation EXPORT xelSimulationTargets
 install(EXPORT xelTargets NAMESPACE xel:: DESTINATION "${xel_package_dir}" COMPONENT development)
 install(EXPORT xelSimulationTargets NAMESPACE xel:: DESTINATION "${xel_package_dir}"
         COMPONENT simulation)
-if(TARGET xel_tool)
+if(XEL_BUILD_TOOL)
   set_target_properties(xel_tool PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS xel_tool RUNTIME COMPONENT tool)
 endif()
