@@ -1,0 +1,102 @@
+#include "backends/curl/CurlScheduler.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace xel {
+
+CurlScheduler::CurlScheduler(std::string caFile, CompletionBox& results)
+    : caFile_(std::move(caFile)), results_(results), multi_(curl_multi_init()) {
+  if (!multi_) throw std::bad_alloc();
+  // Idle connections to keep. By default it would shrink with the number of active transfers.
+  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, 64L);
+}
+
+CurlScheduler::~CurlScheduler() {
+  for (const auto& [handle, active] : active_) curl_multi_remove_handle(multi_.get(), handle);
+}
+
+void CurlScheduler::add(CurlJob job) {
+  std::string origin = HostQueue::originOf(job.request.url);
+  if (origin.empty()) {
+    results_.finish(job.id, {makeTransferError(TransferError::invalidRequest,
+                                               "The host or port of the URL is not valid."),
+                             {}});
+    return;
+  }
+  hosts_[std::move(origin)].add(std::move(job));
+}
+
+void CurlScheduler::advance() {
+  giveUpExpired();
+  startWaiting();
+  int running = 0;
+  curl_multi_perform(multi_.get(), &running);
+  if (!finishEnded()) wait();
+}
+
+void CurlScheduler::giveUpExpired() {
+  const auto now = CurlJob::Clock::now();
+  for (auto& [origin, queue] : hosts_) {
+    while (const auto job = queue.takeExpired(now)) {
+      results_.finish(job->id,
+                      {makeTransferError(TransferError::timedOut,
+                                         "Timed out waiting for earlier requests to " + origin),
+                       {}});
+    }
+  }
+}
+
+void CurlScheduler::startWaiting() {
+  for (auto host = hosts_.begin(); host != hosts_.end();) {
+    while (auto job = host->second.start()) start(*host, *std::move(job));
+    host = host->second.forgettable() ? hosts_.erase(host) : std::next(host);
+  }
+}
+
+void CurlScheduler::start(Host& host, CurlJob job) {
+  auto active = std::unique_ptr<Active>(new Active{host, {std::move(job), caFile_}});
+  CURL* handle = active->transfer.handle();
+  active_.emplace(handle, std::move(active));
+  curl_multi_add_handle(multi_.get(), handle);
+}
+
+bool CurlScheduler::finishEnded() {
+  bool any = false;
+  int left = 0;
+  while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
+    if (message->msg != CURLMSG_DONE) continue;
+    finish(message->easy_handle, message->data.result);
+    any = true;
+  }
+  return any;
+}
+
+void CurlScheduler::finish(CURL* handle, CURLcode code) {
+  const auto ended = std::move(active_.extract(handle).mapped());
+  HostQueue& queue = ended->host.second;
+  queue.ended();
+  if (code == CURLE_OK) {
+    if (const auto overHTTP2 = ended->transfer.answeredOverHTTP2()) queue.answered(*overHTTP2);
+  }
+  results_.finish(ended->transfer.id(), ended->transfer.takeResult(code));
+  curl_multi_remove_handle(multi_.get(), handle);
+}
+
+void CurlScheduler::wait() {
+  using std::chrono::milliseconds;
+  const auto now = CurlJob::Clock::now();
+  milliseconds longest = std::chrono::hours(1);
+  for (const auto& [origin, queue] : hosts_) {
+    if (const auto deadline = queue.nextDeadline()) {
+      longest =
+          std::clamp(std::chrono::ceil<milliseconds>(*deadline - now), milliseconds(0), longest);
+    }
+  }
+  curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(longest.count()), nullptr);
+}
+
+void CurlScheduler::wakeUp() { curl_multi_wakeup(multi_.get()); }
+
+}  // namespace xel

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include <curl/curl.h>
+
+#include "backends/curl/CompletionBox.h"
+#include "backends/curl/CurlHandles.h"
+#include "backends/curl/CurlJob.h"
+#include "backends/curl/CurlTransfer.h"
+#include "backends/curl/HostQueue.h"
+
+namespace xel {
+
+/// Takes jobs through their host's queue and one libcurl multi handle to their results.
+/// I/O thread only, but for the constructor and `wakeUp`.
+class CurlScheduler {
+ public:
+  /// `results` must outlive this.
+  CurlScheduler(std::string caFile, CompletionBox& results);
+  ~CurlScheduler();
+  CurlScheduler(const CurlScheduler&) = delete;
+  CurlScheduler& operator=(const CurlScheduler&) = delete;
+
+  void add(CurlJob job);
+
+  /// Does what can be done now; if that is nothing, waits until there is something.
+  void advance();
+
+  /// Ends a wait, the present one or the next. Threads: any.
+  void wakeUp();
+
+ private:
+  /// Nodes of the map, which stay where they are.
+  using Host = std::pair<const std::string, HostQueue>;
+  struct Active {
+    Host& host;
+    CurlTransfer transfer;
+  };
+
+  void giveUpExpired();
+  void startWaiting();
+  void start(Host& host, CurlJob job);
+  bool finishEnded();
+  void finish(CURL* handle, CURLcode code);
+  void wait();
+
+  const std::string caFile_;
+  CompletionBox& results_;
+  CurlMulti multi_;
+  std::unordered_map<std::string, HostQueue> hosts_;
+  std::unordered_map<CURL*, std::unique_ptr<Active>> active_;
+};
+
+}  // namespace xel

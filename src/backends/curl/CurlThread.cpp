@@ -1,0 +1,92 @@
+#include "backends/curl/CurlThread.h"
+
+#include <csignal>
+#include <utility>
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include "backends/curl/LiveThreads.h"
+
+namespace xel {
+namespace {
+
+/// Blocks all signals on the calling thread, and so on the threads that it starts: signals are
+/// the host's business, and one for a broken pipe would end the process.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &earlier_);
+  }
+  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &earlier_, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t earlier_{};
+};
+
+}  // namespace
+
+CurlThread::CurlThread(std::string caFile, CompletionBox& results) : process_(getpid()) {
+  if (!LiveThreads::add(*this)) {
+    stopping_ = true;
+    return;
+  }
+  scheduler_ = std::make_unique<CurlScheduler>(std::move(caFile), results);
+  const SignalsBlocked blocked;
+  thread_ = std::thread(&CurlThread::run, this);
+}
+
+CurlThread::~CurlThread() {
+  LiveThreads::remove(*this);
+  stop();
+}
+
+bool CurlThread::submit(CurlJob job) {
+  const std::lock_guard lock(mutex_);
+  if (stopping_) return false;
+  submitted_.push_back(std::move(job));
+  if (submitted_.size() == 1) scheduler_->wakeUp();
+  return true;
+}
+
+void CurlThread::stop() {
+  if (!thread_.joinable()) return;
+  if (getpid() != process_) {
+    abandon();
+    return;
+  }
+  {
+    const std::lock_guard lock(mutex_);
+    stopping_ = true;
+    scheduler_->wakeUp();
+  }
+  thread_.join();
+}
+
+void CurlThread::abandon() {
+  thread_.detach();
+  static_cast<void>(scheduler_.release());
+}
+
+void CurlThread::run() {
+  while (takeJobs()) scheduler_->advance();
+  // Closing connections writes to them, which is this thread's business.
+  scheduler_.reset();
+}
+
+bool CurlThread::takeJobs() {
+  std::vector<CurlJob> jobs;
+  {
+    const std::lock_guard lock(mutex_);
+    if (stopping_) return false;
+    jobs.swap(submitted_);
+  }
+  for (CurlJob& job : jobs) scheduler_->add(std::move(job));
+  return true;
+}
+
+}  // namespace xel

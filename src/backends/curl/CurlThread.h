@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sys/types.h>
+
+#include "backends/curl/CompletionBox.h"
+#include "backends/curl/CurlJob.h"
+#include "backends/curl/CurlScheduler.h"
+
+namespace xel {
+
+/// The I/O thread of one client. Stopped when destroyed, and at process exit if that is earlier.
+class CurlThread {
+ public:
+  /// `results` must outlive this.
+  CurlThread(std::string caFile, CompletionBox& results);
+  ~CurlThread();
+  CurlThread(const CurlThread&) = delete;
+  CurlThread& operator=(const CurlThread&) = delete;
+
+  /// Hands a job to the thread; false if it has been stopped. Threads: any.
+  bool submit(CurlJob job);
+
+  /// Gives up everything under way and ends the thread. Once it returns, no result comes any more.
+  /// Does nothing the second time.
+  void stop();
+
+ private:
+  void run();
+  bool takeJobs();
+  /// In a forked child, which has no such thread: leaves alone what the parent still uses.
+  void abandon();
+
+  const pid_t process_;
+  /// The thread's own while it runs, but for waking it up.
+  std::unique_ptr<CurlScheduler> scheduler_;
+  std::thread thread_;
+
+  std::mutex mutex_;
+  std::vector<CurlJob> submitted_;
+  bool stopping_ = false;
+};
+
+}  // namespace xel
