@@ -39,9 +39,9 @@ std::string StreamInitAnswerBuilder::build() const {
   add(answer, "stream_id", streamID);
   add(answer, "stream_manifest", manifest);
   add(answer, "stream_type", type);
-  if (subtitles) {
+  if (!subtitles.empty()) {
     boost::json::array tracks;
-    for (const SubtitleTrack& subtitle : *subtitles) {
+    for (const SubtitleTrack& subtitle : subtitles) {
       boost::json::object track;
       add(track, kXELSubtitleLanguage, subtitle.language);
       add(track, kXELSubtitleWebVTT, subtitle.webvtt);

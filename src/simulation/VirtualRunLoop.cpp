@@ -1,15 +1,23 @@
 #include "xel/simulation/VirtualRunLoop.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace xel::simulation {
 namespace {
 
 constexpr double shortestInterval = 0.001;
-constexpr double longestInterval = 100 * 365.25 * 24 * 3600;
-/// `now` is a sum of steps and a due time is a product, so the two may differ in the last digits.
-constexpr double tolerance = 1e-9;
+constexpr double longestSpan = 100 * 365.25 * 24 * 3600;
+
+/// 0 for what is not positive, or not a number.
+std::int64_t nanoseconds(double seconds) {
+  return seconds > 0 ? std::llround(std::min(seconds, longestSpan) * 1e9) : 0;
+}
+
+std::shared_ptr<std::function<void()>> shared(std::function<void()> function) {
+  return std::make_shared<std::function<void()>>(std::move(function));
+}
 
 }  // namespace
 
@@ -22,25 +30,26 @@ void VirtualRunLoop::runUntilIdle() {
 }
 
 void VirtualRunLoop::advance(double seconds) {
-  const double target = now_ + (seconds > 0 ? seconds : 0);
+  const Nanoseconds target = now_ + nanoseconds(seconds);
   for (;;) {
     runUntilIdle();
     const auto next = earliest();
-    if (next == timers_.end() || next->second.due() > target + tolerance) break;
-    now_ = std::max(now_, std::min(next->second.due(), target));
+    if (next == timers_.end() || next->second.due > target) break;
+    now_ = std::max(now_, next->second.due);
     fire(next);
   }
   now_ = std::max(now_, target);
 }
 
 void VirtualRunLoop::after(double seconds, std::function<void()> function) {
-  if (!(seconds > 0)) return post(std::move(function));
-  addTimer(seconds, false, std::move(function));
+  const Nanoseconds delay = nanoseconds(seconds);
+  if (delay == 0) return post(std::move(function));
+  addTimer({now_ + delay, 0, shared(std::move(function))});
 }
 
 std::size_t VirtualRunLoop::timerCount() const {
   return static_cast<std::size_t>(std::count_if(
-      timers_.begin(), timers_.end(), [](const auto& entry) { return entry.second.repeats; }));
+      timers_.begin(), timers_.end(), [](const auto& entry) { return entry.second.interval > 0; }));
 }
 
 void VirtualRunLoop::clear() {
@@ -62,8 +71,9 @@ void VirtualRunLoop::post(std::function<void()> function) {
 }
 
 RunLoop::TimerID VirtualRunLoop::every(double seconds, std::function<void()> function) {
-  const double interval = seconds >= shortestInterval ? seconds : shortestInterval;
-  return addTimer(std::min(interval, longestInterval), true, std::move(function));
+  const Nanoseconds interval =
+      nanoseconds(seconds >= shortestInterval ? seconds : shortestInterval);
+  return addTimer({now_ + interval, interval, shared(std::move(function))});
 }
 
 void VirtualRunLoop::cancel(TimerID timer) {
@@ -73,10 +83,8 @@ void VirtualRunLoop::cancel(TimerID timer) {
 
 bool VirtualRunLoop::isMain() const { return std::this_thread::get_id() == mainThread_; }
 
-RunLoop::TimerID VirtualRunLoop::addTimer(double seconds, bool repeats,
-                                          std::function<void()> function) {
-  timers_[++lastTimer_] = {now_, seconds, 1, repeats,
-                           std::make_shared<std::function<void()>>(std::move(function))};
+RunLoop::TimerID VirtualRunLoop::addTimer(Timer timer) {
+  timers_.emplace(++lastTimer_, std::move(timer));
   return lastTimer_;
 }
 
@@ -93,15 +101,14 @@ bool VirtualRunLoop::runOnePosted() {
 }
 
 VirtualRunLoop::Timers::iterator VirtualRunLoop::earliest() {
-  return std::min_element(timers_.begin(), timers_.end(), [](const auto& a, const auto& b) {
-    return a.second.due() < b.second.due();
-  });
+  return std::min_element(timers_.begin(), timers_.end(),
+                          [](const auto& a, const auto& b) { return a.second.due < b.second.due; });
 }
 
 void VirtualRunLoop::fire(Timers::iterator timer) {
   const Function function = timer->second.function;
-  if (timer->second.repeats) {
-    ++timer->second.firing;
+  if (timer->second.interval > 0) {
+    timer->second.due += timer->second.interval;
   } else {
     timers_.erase(timer);
   }

@@ -10,12 +10,13 @@ namespace xel::simulation {
 
 /// One entry of the subtitles list; an absent text is left out.
 struct SubtitleTrack {
-  std::optional<std::string> language;
-  std::optional<std::string> webvtt;
-  std::optional<std::string> ttml;
+  std::optional<std::string> language = {};
+  std::optional<std::string> webvtt = {};
+  std::optional<std::string> ttml = {};
 };
 
-/// Writes the ad server's answer to a stream request. A plain value; an absent member is left out.
+/// Writes the ad server's answer to a stream request. A plain value; an absent or empty
+/// member is left out.
 struct XEL_EXPORT StreamInitAnswerBuilder {
   /// A complete answer for a live stream without pre-roll; its documents are on media.example and
   /// ads.example.
@@ -27,7 +28,7 @@ struct XEL_EXPORT StreamInitAnswerBuilder {
   std::optional<std::string> manifest = "https://media.example/main.m3u8";
   /// "live" or "on_demand".
   std::optional<std::string> type = {};
-  std::optional<std::vector<SubtitleTrack>> subtitles = {};
+  std::vector<SubtitleTrack> subtitles = {};
   std::optional<std::string> id3EventsURL = {};
   /// Seconds between two polls of `id3EventsURL`.
   std::optional<double> pollingFrequency = {};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
@@ -16,14 +17,15 @@ namespace xel::simulation {
 /// A main run loop on a virtual clock: time passes only in `advance`, and nothing ever waits.
 ///
 /// The thread that makes the loop is the main thread. Functions may call `advance` and
-/// `runUntilIdle` themselves.
+/// `runUntilIdle` themselves. The clock counts whole nanoseconds, so that many small steps make
+/// exactly one large one; spans are rounded to them and cut off at 100 years.
 class XEL_EXPORT VirtualRunLoop final : public RunLoop {
  public:
   VirtualRunLoop();
   ~VirtualRunLoop() override;
 
   /// Seconds since the loop was made.
-  double now() const noexcept { return now_; }
+  double now() const noexcept { return static_cast<double>(now_) / 1e9; }
 
   /// Runs posted functions until none is left. No time passes.
   void runUntilIdle();
@@ -49,23 +51,21 @@ class XEL_EXPORT VirtualRunLoop final : public RunLoop {
 
  private:
   using Function = std::shared_ptr<std::function<void()>>;
+  using Nanoseconds = std::int64_t;
   struct Timer {
-    double start;
-    double interval;
-    double firing;  ///< Counts from 1.
-    bool repeats;
+    Nanoseconds due;
+    Nanoseconds interval;  ///< 0 for a timer that fires once.
     Function function;
-    double due() const noexcept { return start + firing * interval; }
   };
   using Timers = std::map<TimerID, Timer>;
 
-  TimerID addTimer(double seconds, bool repeats, std::function<void()> function);
+  TimerID addTimer(Timer timer);
   bool runOnePosted();
   Timers::iterator earliest();
   void fire(Timers::iterator timer);
 
   const std::thread::id mainThread_;
-  double now_ = 0;
+  Nanoseconds now_ = 0;
   TimerID lastTimer_ = 0;
   Timers timers_;
   std::mutex mutex_;
