@@ -45,26 +45,30 @@ bool hasTooManyAttributes(std::string_view tag) noexcept {
   return false;
 }
 
+/// What ends the section that the markup opens, in which no tag stands; empty for a tag.
+std::string_view endOfSection(std::string_view markup) noexcept {
+  if (markup.starts_with("<!")) {
+    if (markup.starts_with("<![CDATA[")) return "]]>";
+    if (markup.starts_with("<!--")) return "-->";
+  }
+  return markup.starts_with("<?") ? "?>" : std::string_view();
+}
+
 /// How much of the document lies before the first start tag with too many attributes: libxml2
 /// compares each attribute with all the others before it reports them.
 std::size_t bytesWithinAttributeLimit(std::string_view data) noexcept {
-  constexpr std::size_t shortestTagOverLimit = XMLReader::maxAttributes * sizeof(" a=''") - 1;
-  constexpr std::pair<std::string_view, std::string_view> opaque[] = {
-      {"<![CDATA[", "]]>"}, {"<!--", "-->"}, {"<?", "?>"}};
+  constexpr std::size_t shortestTagOverLimit =
+      (XMLReader::maxAttributes + 1) * std::string_view(" a=''").size();
   std::size_t position = data.find('<');
   while (position != std::string_view::npos) {
-    const std::string_view rest = data.substr(position);
-    const auto* section = std::find_if(std::begin(opaque), std::end(opaque), [rest](auto marks) {
-      return rest.starts_with(marks.first);
-    });
-    if (section != std::end(opaque)) {
-      position = data.find(section->second, position + section->first.size());
-      if (position == std::string_view::npos) break;
+    const std::string_view sectionEnd = endOfSection(data.substr(position));
+    if (!sectionEnd.empty()) {
+      position = data.find('<', data.find(sectionEnd, position));
+      continue;
     }
     const std::size_t next = data.find('<', position + 1);
-    const std::size_t end = std::min(next, data.size());
-    if (section == std::end(opaque) && end - position > shortestTagOverLimit &&
-        hasTooManyAttributes(data.substr(position, end - position))) {
+    const std::size_t length = std::min(next, data.size()) - position;
+    if (length > shortestTagOverLimit && hasTooManyAttributes(data.substr(position, length))) {
       return position;
     }
     position = next;
@@ -143,7 +147,7 @@ class XMLReader::Events {
       xmlStopParser(context_);
       return;
     }
-    if (auto delegate = reader_.delegate_.lock()) {
+    if (auto* delegate = reader_.delegateForNextEvent()) {
       delegate->parser_didStartElement_namespaceURI_qualifiedName_attributes(reader_, name, {},
                                                                              name, attributes);
     }
@@ -152,7 +156,7 @@ class XMLReader::Events {
   void endElement(std::string_view name) {
     endText(0);
     --depth_;
-    if (auto delegate = reader_.delegate_.lock()) {
+    if (auto* delegate = reader_.delegateForNextEvent()) {
       delegate->parser_didEndElement_namespaceURI_qualifiedName(reader_, name, {}, name);
     }
   }
@@ -160,7 +164,8 @@ class XMLReader::Events {
   void cdata(std::string_view bytes) {
     constexpr std::string_view sectionEnd = "]]>";
     endText(bytes.size() + sectionEnd.size());
-    if (auto delegate = reader_.delegate_.lock()) delegate->parser_foundCDATA(reader_, bytes);
+    if (auto* delegate = reader_.delegateForNextEvent())
+      delegate->parser_foundCDATA(reader_, bytes);
   }
 
   void characters(std::string_view piece) {
@@ -188,7 +193,8 @@ class XMLReader::Events {
   }
 
   void deliver(std::string_view chunk) {
-    if (auto delegate = reader_.delegate_.lock()) delegate->parser_foundCharacters(reader_, chunk);
+    if (auto* delegate = reader_.delegateForNextEvent())
+      delegate->parser_foundCharacters(reader_, chunk);
   }
 
   XMLReader& reader_;
@@ -204,6 +210,11 @@ std::shared_ptr<XMLReader> XMLReader::initWithData(std::string_view data) {
   return std::make_shared<XMLReader>(Token(), data);
 }
 
+XMLReaderDelegate* XMLReader::delegateForNextEvent() noexcept {
+  replaced_.clear();
+  return delegate_.get();
+}
+
 bool XMLReader::parse() {
   const auto keepAlive = shared_from_this();
   std::string normalised;
@@ -214,6 +225,8 @@ bool XMLReader::parse() {
   const std::size_t length = bytesWithinAttributeLimit(data_.substr(0, maxBytes));
   const bool wellFormed = Events(*this, data_).run(length);
   data_ = {};
+  delegate_.reset();
+  replaced_.clear();
   return wellFormed;
 }
 

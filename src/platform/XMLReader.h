@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace xel {
 
@@ -48,7 +49,8 @@ class XMLReaderDelegate {
 ///
 /// A document over the limits counts as not well-formed where it goes over them. Declared entities
 /// are not expanded, and nothing outside the text is ever read.
-/// Ownership: the delegate is not kept alive, but for the length of one event.
+/// Ownership: a delegate is kept alive from when it is set until the event after it was replaced,
+/// or until `parse` returns; so a handler may be dropped inside its own event.
 class XMLReader final : public std::enable_shared_from_this<XMLReader> {
   struct Token {
     explicit Token() = default;
@@ -63,8 +65,10 @@ class XMLReader final : public std::enable_shared_from_this<XMLReader> {
   static std::shared_ptr<XMLReader> initWithData(std::string_view data);
   XMLReader(Token, std::string_view data) noexcept : data_(data) {}
 
-  void setDelegate(std::weak_ptr<XMLReaderDelegate> delegate) noexcept {
-    delegate_ = std::move(delegate);
+  /// Events are dropped while there is none, or it is gone.
+  void setDelegate(const std::weak_ptr<XMLReaderDelegate>& delegate) {
+    replaced_.push_back(std::move(delegate_));
+    delegate_ = delegate.lock();
   }
 
   /// Reads the whole document before it returns. False when it is not well-formed; the events up
@@ -74,8 +78,12 @@ class XMLReader final : public std::enable_shared_from_this<XMLReader> {
  private:
   class Events;
 
+  XMLReaderDelegate* delegateForNextEvent() noexcept;
+
   std::string_view data_;
-  std::weak_ptr<XMLReaderDelegate> delegate_;
+  std::shared_ptr<XMLReaderDelegate> delegate_;
+  /// Held until no event of theirs can be running.
+  std::vector<std::shared_ptr<XMLReaderDelegate>> replaced_;
 };
 
 }  // namespace xel

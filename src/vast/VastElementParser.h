@@ -9,6 +9,7 @@
 
 #include "platform/Text.h"
 #include "platform/XMLReader.h"
+#include "vast/VastElement.h"
 
 namespace xel {
 
@@ -32,9 +33,12 @@ class VastElementParser : public XMLReaderDelegate {
  protected:
   VastElementParser() = default;
 
-  const std::string& currentElement() const noexcept { return currentElement_; }
-  void openElement(std::string_view name) { currentElement_ = name; }
-  void closeElement() noexcept { currentElement_.clear(); }
+  /// `other` also when no element is open, or a nested one has just closed.
+  VastElement currentElement() const noexcept { return currentElement_; }
+  VastElement openElement(std::string_view name) noexcept {
+    return currentElement_ = vastElementNamed(name);
+  }
+  void closeElement() noexcept { currentElement_ = VastElement::other; }
 
   /// Absent when the element that tells has no "event" attribute: its URLs are then dropped.
   const std::optional<std::string>& currentTrackingEvent() const noexcept {
@@ -56,8 +60,7 @@ class VastElementParser : public XMLReaderDelegate {
 
  private:
   ParsedCallback parsedCallback_;
-  /// Empty when no element is open, or a nested one has just closed.
-  std::string currentElement_;
+  VastElement currentElement_ = VastElement::other;
   std::optional<std::string> currentTrackingEvent_;
 };
 

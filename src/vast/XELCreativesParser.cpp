@@ -2,30 +2,41 @@
 
 #include "vast/HandOff.h"
 
+using xel::VastElement;
+
 void XELCreativesParser::parser_didStartElement_namespaceURI_qualifiedName_attributes(
     xel::XMLReader& reader, std::string_view elementName, std::string_view, std::string_view,
     const xel::XMLAttributes& attributes) {
-  openElement(elementName);
-  if (elementName == "Creative") {
-    creativeID_ = attributes.text("id");
-    creativeSequence_ = xel::leadingInteger(attributes["sequence"].value_or(""));
-  } else if (elementName == "UniversalAdId") {
-    universalAdIdValue_ = attributes.text("idValue");
-    universalAdIdRegistry_ = attributes.text("idRegistry");
-  } else if (elementName == "Linear") {
-    openLinear();
-  } else if (elementName == "CompanionAds") {
-    xel::handOff(reader, shared_from_this(), &XELCreativesParser::companionAdsParser_, elementName,
-                 attributes, [](XELCreativesParser& self, const xel::Companions& companions) {
-                   self.companions_.insert(self.companions_.end(), companions.begin(),
-                                           companions.end());
-                 });
-  } else if (elementName == "Error") {
-    setTrackingEvent("error");
-  } else if (elementName == "Impression") {
-    setTrackingEvent("start");
-  } else if (elementName == "Tracking") {
-    setTrackingEvent(attributes);
+  switch (openElement(elementName)) {
+    case VastElement::creative:
+      creativeID_ = attributes.text("id");
+      creativeSequence_ = xel::leadingInteger(attributes["sequence"].value_or(""));
+      break;
+    case VastElement::universalAdId:
+      universalAdIdValue_ = attributes.text("idValue");
+      universalAdIdRegistry_ = attributes.text("idRegistry");
+      break;
+    case VastElement::linear:
+      openLinear();
+      break;
+    case VastElement::companionAds:
+      xel::handOff(
+          reader, shared_from_this(), &XELCreativesParser::companionAdsParser_, elementName,
+          attributes, [](XELCreativesParser& self, const xel::Companions& companions) {
+            self.companions_.insert(self.companions_.end(), companions.begin(), companions.end());
+          });
+      break;
+    case VastElement::error:
+      setTrackingEvent("error");
+      break;
+    case VastElement::impression:
+      setTrackingEvent("start");
+      break;
+    case VastElement::tracking:
+      setTrackingEvent(attributes);
+      break;
+    default:
+      break;
   }
 }
 
@@ -39,28 +50,41 @@ void XELCreativesParser::openLinear() {
 }
 
 void XELCreativesParser::parser_foundCharacters(xel::XMLReader&, std::string_view chunk) {
-  const std::string& element = currentElement();
-  if (element == "Error" || element == "Impression" || element == "Tracking") {
-    if (currentCreative_ && currentTrackingEvent()) {
-      currentCreative_->addEvent_trackingURL(*currentTrackingEvent(), std::string(chunk));
-    }
-  } else if (element == "UniversalAdId" && !universalAdIdValue_) {
-    const std::string_view value = xel::trimmed(chunk);
-    if (!value.empty()) universalAdIdValue_ = value;
+  switch (currentElement()) {
+    case VastElement::error:
+    case VastElement::impression:
+    case VastElement::tracking:
+      if (currentCreative_ && currentTrackingEvent()) {
+        currentCreative_->addEvent_trackingURL(*currentTrackingEvent(), std::string(chunk));
+      }
+      break;
+    case VastElement::universalAdId:
+      if (const auto value = xel::trimmed(chunk); !universalAdIdValue_ && !value.empty()) {
+        universalAdIdValue_ = value;
+      }
+      break;
+    default:
+      break;
   }
 }
 
 void XELCreativesParser::parser_didEndElement_namespaceURI_qualifiedName(
     xel::XMLReader& reader, std::string_view elementName, std::string_view, std::string_view) {
   closeElement();
-  if (elementName == "Linear") {
-    if (currentCreative_) creatives_.push_back(std::move(currentCreative_));
-  } else if (elementName == "Creative") {
-    creativeID_.reset();
-    creativeSequence_ = 0;
-    universalAdIdValue_.reset();
-    universalAdIdRegistry_.reset();
-  } else if (elementName == "Creatives") {
-    finish(reader, std::move(creatives_), std::move(companions_));
+  switch (xel::vastElementNamed(elementName)) {
+    case VastElement::linear:
+      if (currentCreative_) creatives_.push_back(std::move(currentCreative_));
+      break;
+    case VastElement::creative:
+      creativeID_.reset();
+      creativeSequence_ = 0;
+      universalAdIdValue_.reset();
+      universalAdIdRegistry_.reset();
+      break;
+    case VastElement::creatives:
+      finish(reader, std::move(creatives_), std::move(companions_));
+      break;
+    default:
+      break;
   }
 }
