@@ -46,6 +46,17 @@ if(xel_absolute)
 else()
   set(xel_pkgconfig_includedir "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
+# A shared library carries what it is made of; a static one leaves it to the program that links it.
+set(xel_pkgconfig_requires "libcurl >= 7.85 libxml-2.0 liburiparser >= 0.9.2")
+set(xel_pkgconfig_libs "-lboost_json -lboost_container -pthread")
+if(BUILD_SHARED_LIBS)
+  set(xel_pkgconfig_lines "Requires.private: ${xel_pkgconfig_requires}
+Libs: -L\${libdir} -lxel
+Libs.private: ${xel_pkgconfig_libs}")
+else()
+  set(xel_pkgconfig_lines "Requires: ${xel_pkgconfig_requires}
+Libs: -L\${libdir} -lxel ${xel_pkgconfig_libs}")
+endif()
 foreach(file xel xel-simulation)
   configure_file("${CMAKE_CURRENT_LIST_DIR}/${file}.pc.in" "${PROJECT_BINARY_DIR}/package/${file}.pc"
                  @ONLY)

@@ -38,3 +38,14 @@ target_sources(xel_simulation PUBLIC FILE_SET HEADERS BASE_DIRS include
 target_link_libraries(xel_simulation PUBLIC xel PRIVATE $<BUILD_INTERFACE:xel_options> Boost::json)
 set_target_properties(xel_simulation PROPERTIES OUTPUT_NAME xel-simulation EXPORT_NAME simulation
                       VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+
+foreach(library xel xel_simulation)
+  target_link_options(${library} PRIVATE
+                      "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  set_target_properties(${library} PROPERTIES LINK_DEPENDS
+                        "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  if(NOT XEL_SANITIZE)
+    # A dependency that was forgotten fails here, not in the programs that use the library.
+    target_link_options(${library} PRIVATE LINKER:-z,defs)
+  endif()
+endforeach()

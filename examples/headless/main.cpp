@@ -2,9 +2,9 @@
 // prints what happens in it, until it is interrupted.
 //
 //   xel_headless HOST[:PORT] CONTENT-SOURCE-ID VIDEO-ID [CA-FILE]
-#include <xel/xel.h>
-
 #include <iostream>
+
+#include <xel/xel.h>
 
 /// Shows nothing, and plays at the speed of the clock.
 struct ClockDisplay final : XELVideoDisplay, std::enable_shared_from_this<ClockDisplay> {
@@ -59,11 +59,12 @@ int main(int argc, char** argv) {
     std::cerr << "usage: xel_headless HOST[:PORT] CONTENT-SOURCE-ID VIDEO-ID [CA-FILE]\n";
     return 2;
   }
-  xel::Platform::install(xel::Platform::makeDefault({
-      .host = {.applicationIdentifier = "com.example.headless", .applicationVersion = "1.0"},
-      .services = {.vodHost = argv[1]},
-      .caFile = argc > 4 ? argv[4] : "",
-  }));
+  xel::DefaultPlatformOptions options;
+  options.host.applicationIdentifier = "com.example.headless";
+  options.services.vodHost = argv[1];
+  if (argc > 4) options.caFile = argv[4];
+  xel::Platform::install(xel::Platform::makeDefault(options));
+
   auto manager = XELStreamManager::initWithVideoDisplay(std::make_shared<ClockDisplay>());
   auto host = std::make_shared<Host>();
   manager->setDelegate(host);

@@ -1,6 +1,6 @@
-#include <xel/xel.h>
-
 #include <iostream>
+
+#include <xel/xel.h>
 
 struct Host final : XELStreamManagerDelegate {
   void streamManager_didInitializeStream(XELStreamManager&, const std::string&) override {}
@@ -14,9 +14,11 @@ struct Host final : XELStreamManagerDelegate {
 };
 
 void watch(std::shared_ptr<XELVideoDisplay> player) {  // your player behind XELVideoDisplay
-  xel::Platform::install(xel::Platform::makeDefault(
-      {.host = {.applicationIdentifier = "com.example.tv", .applicationVersion = "1.0"},
-       .services = {.liveHost = "ssai.example.com"}}));
+  xel::DefaultPlatformOptions options;
+  options.host.applicationIdentifier = "com.example.tv";
+  options.services.liveHost = "ssai.example.com";
+  xel::Platform::install(xel::Platform::makeDefault(options));
+
   auto manager = XELStreamManager::initWithVideoDisplay(player);
   auto host = std::make_shared<Host>();
   manager->setDelegate(host);
