@@ -64,16 +64,18 @@ std::variant<MediaPlaylist, MasterPlaylist, PlaylistFault> parsePlaylist(std::st
   if (trimmed(takeLine(text)) != "#EXTM3U") return PlaylistFault{"it does not begin with #EXTM3U"};
 
   MediaPlaylist playlist;
-  std::vector<TimedText> texts;
-  std::optional<double> duration;
+  MediaSegment segment;
+  bool hasDuration = false;
   bool isMaster = false;
   for (std::size_t number = 2; !text.empty(); ++number) {
     const auto line = takeLine(text);
     if (const auto value = valueOf("#XEL-TXXX:", line)) {
-      if (auto timedText = timedTextFrom(*value)) texts.push_back(std::move(*timedText));
+      if (auto timedText = timedTextFrom(*value)) segment.texts.push_back(std::move(*timedText));
     } else if (const auto info = valueOf("#EXTINF:", line)) {
-      duration = secondsFrom(info->substr(0, info->find(',')));
+      const auto duration = secondsFrom(info->substr(0, info->find(',')));
       if (!duration) return faultInLine(number, "has no duration that can be read");
+      segment.duration = *duration;
+      hasDuration = true;
     } else if (const auto target = valueOf("#EXT-X-TARGETDURATION:", line)) {
       const auto seconds = secondsFrom(*target);
       if (!seconds) return faultInLine(number, "has no target duration that can be read");
@@ -88,8 +90,9 @@ std::variant<MediaPlaylist, MasterPlaylist, PlaylistFault> parsePlaylist(std::st
       isMaster = true;
     } else if (!trimmed(line).empty() && !line.starts_with('#')) {
       if (isMaster) return MasterPlaylist{std::string(trimmed(line))};
-      if (duration) playlist.segments.push_back({*duration, std::exchange(texts, {})});
-      duration.reset();
+      if (std::exchange(hasDuration, false)) {
+        playlist.segments.push_back(std::exchange(segment, {}));
+      }
     }
   }
   if (isMaster) return PlaylistFault{"it names no variant stream"};

@@ -9,9 +9,10 @@ std::vector<BarCell> barCells(double position, double end, const std::vector<Tim
                               std::size_t width) {
   std::vector<BarCell> cells(width, BarCell::ahead);
   if (width == 0 || !(end > 0)) return cells;
+  // What is not a number lies at the start.
   const auto cellAt = [&](double time, auto rounding) {
     const auto cell = rounding(time / end * static_cast<double>(width));
-    return static_cast<std::size_t>(std::clamp(cell, 0.0, static_cast<double>(width)));
+    return static_cast<std::size_t>(std::fmin(std::fmax(cell, 0), static_cast<double>(width)));
   };
   const auto down = [](double x) { return std::floor(x); };
   const auto up = [](double x) { return std::ceil(x); };
