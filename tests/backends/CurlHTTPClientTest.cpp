@@ -1,0 +1,375 @@
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "xel/platform/Platform.h"
+#include "xel/platform/StandardRunLoop.h"
+
+#include "backends/NginxServer.h"
+#include "backends/curl/CurlHTTPClient.h"
+
+namespace xel {
+namespace {
+
+using test::Listener;
+using test::NginxServer;
+
+std::string field(const HTTPResponse& response, std::string_view name) {
+  HTTPRequest fields;
+  fields.headers = response.headers;
+  return std::string(fields.header(name).value_or("(none)"));
+}
+
+HTTPRequest request(std::string method, std::string url, std::vector<HTTPHeader> headers = {},
+                    std::string body = {}) {
+  HTTPRequest made;
+  made.method = std::move(method);
+  made.url = std::move(url);
+  made.headers = std::move(headers);
+  made.body = std::move(body);
+  return made;
+}
+
+HTTPRequest get(std::string url) { return request("GET", std::move(url)); }
+
+HTTPRequest ping(std::string url) {
+  HTTPRequest made = get(std::move(url));
+  made.trackingEvent = "start";
+  return made;
+}
+
+class CurlHTTPClientTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    setenv("no_proxy", "*", 1);
+    client_ = makeCurlHTTPClient(server_.caFile(), loop_);
+  }
+
+  std::vector<HTTPResult> fetchAll(const std::vector<HTTPRequest>& requests) {
+    std::vector<std::optional<HTTPResult>> results(requests.size());
+    std::size_t missing = requests.size();
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+      client_->send(requests[i], [&, i](HTTPResult result) {
+        EXPECT_TRUE(loop_->isMain());
+        EXPECT_FALSE(results[i]) << "completed twice";
+        results[i] = std::move(result);
+        if (--missing == 0) loop_->stop();
+      });
+    }
+    EXPECT_EQ(missing, requests.size()) << "completed before send returned";
+    loop_->run();
+    std::vector<HTTPResult> all;
+    for (auto& result : results) all.push_back(*std::move(result));
+    return all;
+  }
+
+  HTTPResult fetch(HTTPRequest request) { return std::move(fetchAll({std::move(request)})[0]); }
+
+  TransferError failureOf(HTTPRequest request) {
+    const HTTPResult result = fetch(std::move(request));
+    if (!result.error) return TransferError{};
+    EXPECT_EQ(result.error->domain, transferErrorDomain);
+    EXPECT_NE(result.error->description, "");
+    return static_cast<TransferError>(result.error->code);
+  }
+
+  /// What the client makes of a server that answers with these bytes and closes.
+  HTTPResult fetchAnswer(std::string_view bytes) {
+    const Listener listener;
+    std::thread server([&] {
+      const int connection = accept(listener.socket(), nullptr, nullptr);
+      char request[4096];
+      EXPECT_GT(recv(connection, request, sizeof request, 0), 0);
+      EXPECT_EQ(::send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL),
+                static_cast<ssize_t>(bytes.size()));
+      close(connection);
+    });
+    HTTPResult result = fetch(get(listener.url()));
+    server.join();
+    return result;
+  }
+
+  /// Runs everything that has been posted so far.
+  void drain() {
+    loop_->post([this] { loop_->stop(); });
+    loop_->run();
+  }
+
+  const NginxServer& server_ = NginxServer::instance();
+  const std::shared_ptr<StandardRunLoop> loop_ = std::make_shared<StandardRunLoop>();
+  std::shared_ptr<HTTPClient> client_;
+};
+
+TEST_F(CurlHTTPClientTest, CarriesARequestAsWrittenOverEitherProtocol) {
+  for (const auto& [base, protocol] :
+       {std::pair(server_.overHTTP1(), "HTTP/1.1"), std::pair(server_.overHTTP2(), "HTTP/2.0")}) {
+    SCOPED_TRACE(protocol);
+    const HTTPRequest post = request("POST", base + "/a/../echo?x=[MACRO]&y=%61#part",
+                                     {{"User-Agent", "player/1 é\t|"}, {"X-Empty", ""}},
+                                     std::string(2000, 'b') + "=1&c=%20");
+    const HTTPResult posted = fetch(post);
+    ASSERT_FALSE(posted.error) << posted.error->description;
+    EXPECT_EQ(posted.response.status, 200);
+    EXPECT_EQ(posted.response.body, "fine");
+    EXPECT_EQ(field(posted.response, "x-request"),
+              std::string(protocol) + " POST /a/../echo?x=[MACRO]&y=%61");
+    EXPECT_EQ(field(posted.response, "x-fields"),
+              "player/1 é\t||application/x-www-form-urlencoded||");
+    EXPECT_EQ(field(posted.response, "x-body"), post.body);
+
+    for (const char* method : {"GET", "POST", "HEAD", "PUT"}) {
+      const HTTPResult bare = fetch(request(method, base + "/echo"));
+      ASSERT_FALSE(bare.error) << bare.error->description;
+      EXPECT_EQ(field(bare.response, "X-Request"), std::string(protocol) + ' ' + method + " /echo");
+    }
+  }
+}
+
+TEST_F(CurlHTTPClientTest, CompletesHundredsOfRequestsOnceEachOverFewConnections) {
+  constexpr std::size_t most = 6;
+  for (const std::string& base : {server_.plain(), server_.overHTTP1(), server_.overHTTP2()}) {
+    std::vector<HTTPRequest> requests(600, get(base + "/ok"));
+    for (std::size_t i = 0; i < requests.size(); i += 2) requests[i].trackingEvent = "start";
+    std::set<std::string> connections;
+    for (const HTTPResult& result : fetchAll(requests)) {
+      ASSERT_FALSE(result.error) << result.error->description;
+      EXPECT_EQ(result.response.status, 200);
+      connections.insert(field(result.response, "X-Connection"));
+    }
+    EXPECT_LE(connections.size(), most) << base;
+    connections.insert(field(fetch(get(base + "/ok")).response, "X-Connection"));
+    EXPECT_LE(connections.size(), most) << "a later request did not reuse a connection";
+  }
+}
+
+TEST_F(CurlHTTPClientTest, PassesAnyStatusThroughAndFollowsRedirects) {
+  for (const int status : {304, 399, 400, 404}) {
+    const HTTPResult result = fetch(get(server_.plain() + '/' + std::to_string(status)));
+    ASSERT_FALSE(result.error) << result.error->description;
+    EXPECT_EQ(result.response.status, status);
+  }
+  const HTTPResult redirected = fetch(get(server_.overHTTP2() + "/redirect"));
+  ASSERT_FALSE(redirected.error) << redirected.error->description;
+  EXPECT_EQ(redirected.response.status, 200);
+  EXPECT_EQ(redirected.response.body, "fine");
+  EXPECT_EQ(field(redirected.response, "Location"), "(none)") << "a header of the first answer";
+}
+
+TEST_F(CurlHTTPClientTest, DecodesAndCapsDocumentsAndThrowsBodiesOfPingsAway) {
+  const HTTPResult text = fetch(get(server_.overHTTP2() + "/text"));
+  ASSERT_FALSE(text.error) << text.error->description;
+  EXPECT_EQ(field(text.response, "Content-Encoding"), "gzip");
+  EXPECT_EQ(text.response.body, std::string(10'000, 'a'));
+
+  EXPECT_EQ(failureOf(get(server_.plain() + "/large")), TransferError::tooLarge);
+  EXPECT_EQ(failureOf(get(server_.plain() + "/bomb")), TransferError::tooLarge);
+
+  const HTTPResult pinged = fetch(ping(server_.plain() + "/large"));
+  ASSERT_FALSE(pinged.error) << pinged.error->description;
+  EXPECT_EQ(pinged.response.status, 200);
+  EXPECT_EQ(pinged.response.body, "");
+}
+
+TEST_F(CurlHTTPClientTest, TellsWhyATransferFailed) {
+  std::string closedPort;
+  {
+    const Listener closed;
+    closedPort = closed.url();
+  }
+  const std::string wrongName = "https://localhost" + server_.overHTTP1().substr(17) + "/ok";
+  // A label of more than 63 letters is refused by the resolver itself.
+  const std::string unresolvable = "http://" + std::string(64, 'a') + ".invalid/";
+  const std::pair<std::string, TransferError> failures[] = {
+      {closedPort, TransferError::couldNotConnect},
+      {unresolvable, TransferError::couldNotResolve},
+      {wrongName, TransferError::tlsFailed},
+      {server_.plain() + "/redirect-to-file", TransferError::invalidRequest},
+      {server_.plain() + "/redirect-to-ftp", TransferError::invalidRequest},
+      {server_.plain() + "/loop", TransferError::tooManyRedirects},
+      {"http://127.0.0.1:99999/", TransferError::invalidRequest},
+  };
+  for (const auto& [url, error] : failures) EXPECT_EQ(failureOf(get(url)), error) << url;
+
+  const std::pair<std::string_view, TransferError> answers[] = {
+      {"SSH-2.0-server\r\n", TransferError::badResponse},
+      {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc", TransferError::connectionLost},
+      {"HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\nplain", TransferError::badResponse},
+  };
+  for (const auto& [bytes, error] : answers) {
+    const HTTPResult result = fetchAnswer(bytes);
+    ASSERT_TRUE(result.error) << bytes;
+    EXPECT_EQ(result.error->code, static_cast<int>(error)) << result.error->description;
+  }
+
+  client_ = makeCurlHTTPClient("", loop_);
+  EXPECT_EQ(failureOf(get(server_.overHTTP2() + "/ok")), TransferError::tlsFailed) << "untrusted";
+}
+
+TEST_F(CurlHTTPClientTest, TimesOutInTransferAndWhileWaitingForOthers) {
+  using namespace std::chrono_literals;
+  const Listener silent;
+  HTTPRequest patient = get(silent.url());
+  HTTPRequest hasty = patient;
+  hasty.timeout = 20ms;
+  EXPECT_EQ(failureOf(hasty), TransferError::timedOut);
+
+  // Six fill the host's connections, and the others wait.
+  int completed = 0;
+  for (int i = 0; i < 20; ++i) client_->send(patient, [&](const HTTPResult&) { ++completed; });
+  silent.awaitConnections(7);
+  const HTTPResult waited = fetch(hasty);
+  ASSERT_TRUE(waited.error);
+  EXPECT_EQ(waited.error->code, static_cast<int>(TransferError::timedOut));
+  EXPECT_EQ(waited.error->description,
+            "Timed out waiting for earlier requests to http://127.0.0.1:" + silent.port());
+  EXPECT_EQ(completed, 0);
+
+  for (const auto timeout : {std::chrono::milliseconds::min(), 0ms}) {
+    patient.timeout = timeout;
+    EXPECT_EQ(failureOf(patient), TransferError::timedOut);
+  }
+  HTTPRequest unhurried = get(server_.plain() + "/ok");
+  unhurried.timeout = std::chrono::milliseconds::max();
+  EXPECT_FALSE(fetch(unhurried).error);
+}
+
+TEST_F(CurlHTTPClientTest, RefusesWhatMustNotBeSent) {
+  const Listener listener;
+  const std::string url = listener.url();
+  const HTTPRequest refused[] = {
+      get(url + "a b"),
+      get(url + "a\r\nX-Injected: 1"),
+      get("file:///etc/hostname"),
+      get("127.0.0.1:" + listener.port()),
+      request("GET", url, {{"X-Title", "one\r\nX-Injected: 1"}}),
+      request("GET", url, {{"X-Title", "one\nX-Injected: 1"}}),
+      request("GET", url, {{"X-Title\r\nX-Injected", "1"}}),
+      request("GET / HTTP/1.1\r\nX-Injected: 1\r\n\r\nGET", url),
+  };
+  for (const HTTPRequest& bad : refused) {
+    EXPECT_EQ(failureOf(bad), TransferError::invalidRequest) << bad.url;
+  }
+  EXPECT_FALSE(listener.hasBeenReached());
+}
+
+/// Tells where it was destroyed.
+struct Witness {
+  explicit Witness(std::vector<std::thread::id>& destroyedOn) : log(destroyedOn) {}
+  ~Witness() { log.push_back(std::this_thread::get_id()); }
+  std::vector<std::thread::id>& log;
+};
+
+TEST_F(CurlHTTPClientTest, ReleasesCompletionsOnTheMainThreadWhenItEnds) {
+  const Listener silent;
+  std::vector<std::thread::id> released;
+  int completed = 0;
+  // Handshakes, transfers and waiting requests under way, and results that nobody has taken yet.
+  const std::string silentTLS = "https://127.0.0.1:" + silent.port();
+  for (const std::string& url :
+       {silent.url(), silentTLS, server_.overHTTP2() + "/ok", std::string("http://not valid")}) {
+    for (int i = 0; i < 20; ++i) {
+      client_->send(get(url), [&, witness = std::make_shared<Witness>(released)](
+                                  const HTTPResult&) { ++completed; });
+    }
+  }
+  client_.reset();
+  EXPECT_EQ(released, std::vector(80, std::this_thread::get_id()));
+  drain();
+  EXPECT_EQ(completed, 0);
+}
+
+TEST_F(CurlHTTPClientTest, MayBeDestroyedByACompletion) {
+  std::vector<std::thread::id> released;
+  int completed = 0;
+  for (int i = 0; i < 50; ++i) {
+    client_->send(get(server_.plain() + "/ok"),
+                  [&, witness = std::make_shared<Witness>(released)](const HTTPResult&) {
+                    ++completed;
+                    client_.reset();
+                    loop_->stop();
+                  });
+  }
+  loop_->run();
+  drain();
+  EXPECT_EQ(completed, 1);
+  EXPECT_EQ(released, std::vector(50, std::this_thread::get_id()));
+}
+
+TEST_F(CurlHTTPClientTest, MayBeDestroyedInAForkedChild) {
+  const HTTPResult before = fetch(get(server_.overHTTP2() + "/ok"));
+  const pid_t child = fork();
+  if (child == 0) {
+    client_.reset();
+    _exit(0);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  const HTTPResult after = fetch(get(server_.overHTTP2() + "/ok"));
+  ASSERT_FALSE(after.error) << after.error->description;
+  EXPECT_EQ(field(after.response, "X-Connection"), field(before.response, "X-Connection"))
+      << "the child has closed the parent's connection";
+}
+
+/// The process ends while the installed client shakes hands and transfers.
+[[noreturn]] void exitWithTransfersUnderWay(int completionsBeforeExit) {
+  const NginxServer& server = NginxServer::instance();
+  // The bundle is made before TLS is initialised, and so destroyed after TLS is.
+  static_cast<void>(Platform::current());
+  const auto loop = std::make_shared<StandardRunLoop>();
+  Platform::install(Platform::makeDefault({.caFile = server.caFile(), .mainRunLoop = loop}));
+  const auto countDown = [&](const HTTPResult&) {
+    if (--completionsBeforeExit == 0) loop->stop();
+  };
+  for (int i = 0; i < 40; ++i) {
+    for (const std::string& base : {server.overHTTP1(), server.overHTTP2()}) {
+      Platform::current().http->send(get(base + (i % 10 == 9 ? "/large" : "/ok")), countDown);
+    }
+  }
+  if (completionsBeforeExit > 0) loop->run();
+  std::exit(0);
+}
+
+TEST(CurlHTTPClientDeathTest, ExitsCleanlyWithTransfersUnderWay) {
+  static_cast<void>(NginxServer::instance());
+  for (int completions = 0; completions < 20; ++completions) {
+    EXPECT_EXIT(exitWithTransfersUnderWay(completions), testing::ExitedWithCode(0), "^$");
+  }
+}
+
+/// Sends once more when static objects are destroyed, after the client has ended.
+struct SendsAtExit {
+  ~SendsAtExit() {
+    client->send(get(NginxServer::instance().plain() + "/ok"), [](const HTTPResult& result) {
+      _exit(result.error ? static_cast<int>(result.error->code) : 0);
+    });
+    loop->run();
+  }
+  std::shared_ptr<StandardRunLoop> loop = std::make_shared<StandardRunLoop>();
+  std::shared_ptr<HTTPClient> client;
+};
+
+TEST(CurlHTTPClientDeathTest, CancelsWhatIsSentAfterItsEnd) {
+  static_cast<void>(NginxServer::instance());
+  const auto sendAtExit = [] {
+    static SendsAtExit late;
+    late.client = makeCurlHTTPClient("", late.loop);
+    std::exit(0);
+  };
+  EXPECT_EXIT(sendAtExit(), testing::ExitedWithCode(static_cast<int>(TransferError::cancelled)),
+              "^$");
+}
+
+}  // namespace
+}  // namespace xel

@@ -1,0 +1,202 @@
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "xel/platform/StandardRunLoop.h"
+
+namespace xel {
+namespace {
+
+struct StandardRunLoopTest : testing::Test {
+  StandardRunLoop loop;
+  std::string notes;
+
+  std::function<void()> note(std::string what) {
+    return [this, what = std::move(what)] { notes += what; };
+  }
+  /// Runs what has been posted so far.
+  void drain() {
+    loop.post([this] { loop.stop(); });
+    loop.run();
+  }
+};
+
+/// Keeps the thread busy.
+void spin(std::chrono::milliseconds time) {
+  const auto until = std::chrono::steady_clock::now() + time;
+  while (std::chrono::steady_clock::now() < until) {
+  }
+}
+
+/// Calls a function when it is destroyed.
+struct AtEnd {
+  explicit AtEnd(std::function<void()> function) : call(std::move(function)) {}
+  ~AtEnd() { call(); }
+  std::function<void()> call;
+};
+
+TEST_F(StandardRunLoopTest, RunsInOrderOfPostingAndAlwaysLater) {
+  loop.post([this] {
+    loop.post(note("3"));
+    notes += "1";
+  });
+  loop.post(note("2"));
+  EXPECT_EQ(notes, "");
+  drain();
+  EXPECT_EQ(notes, "12");
+  drain();
+  EXPECT_EQ(notes, "123");
+}
+
+TEST_F(StandardRunLoopTest, StopKeepsWhatIsPosted) {
+  loop.post(note("1"));
+  loop.stop();
+  loop.run();
+  EXPECT_EQ(notes, "") << "a stop before run was lost";
+  loop.post([this] { loop.stop(); });
+  loop.post(note("2"));
+  loop.run();
+  EXPECT_EQ(notes, "1");
+  drain();
+  EXPECT_EQ(notes, "12");
+}
+
+TEST_F(StandardRunLoopTest, TakesFunctionsFromManyThreadsInEachOnesOrder) {
+  constexpr int count = 1000;
+  std::vector<std::vector<int>> seen(4);
+  std::size_t ended = 0;
+  std::vector<std::thread> threads;
+  for (auto& mine : seen) {
+    threads.emplace_back([&] {
+      EXPECT_FALSE(loop.isMain());
+      for (int i = 0; i < count; ++i) {
+        loop.post([this, &mine, i] {
+          EXPECT_TRUE(loop.isMain());
+          mine.push_back(i);
+        });
+      }
+      loop.post([&, this] {
+        if (++ended == seen.size()) loop.stop();
+      });
+    });
+  }
+  loop.run();
+  for (auto& thread : threads) thread.join();
+  for (const auto& mine : seen) {
+    ASSERT_EQ(mine.size(), count);
+    EXPECT_TRUE(std::is_sorted(mine.begin(), mine.end()));
+  }
+}
+
+TEST_F(StandardRunLoopTest, TheThreadThatRunsTheLoopIsTheMainOne) {
+  EXPECT_TRUE(loop.isMain());
+  std::thread([this] {
+    loop.stop();
+    loop.run();
+    EXPECT_TRUE(loop.isMain());
+  }).join();
+  EXPECT_FALSE(loop.isMain());
+  std::thread stopper([this] { loop.stop(); });
+  loop.run();
+  stopper.join();
+  EXPECT_TRUE(loop.isMain());
+}
+
+TEST_F(StandardRunLoopTest, TimersRepeatUntilCancelledAlsoByThemselves) {
+  RunLoop::TimerID timer = 0;
+  auto alive = std::make_shared<int>(0);
+  const std::weak_ptr<int> watch = alive;
+  timer = loop.every(0.001, [&, alive = std::move(alive)] {
+    if (++*alive < 3) return;
+    loop.cancel(timer);
+    loop.cancel(timer);
+    loop.cancel(timer + 1);
+    notes += watch.expired() ? "gone" : std::to_string(*alive);
+    loop.stop();
+  });
+  EXPECT_NE(timer, 0u);
+  loop.run();
+  EXPECT_EQ(notes, "3");
+  EXPECT_TRUE(watch.expired());
+  drain();
+}
+
+TEST_F(StandardRunLoopTest, SkipsMissedFirings) {
+  // While the first firing holds the loop up, some 30 others fall due. If they were made up for,
+  // they would take turns with the posted functions.
+  int firings = 0;
+  int steps = 0;
+  std::function<void()> step = [&] { ++steps < 20 ? loop.post(step) : loop.stop(); };
+  loop.every(0.01, [&] {
+    if (++firings > 1) return;
+    spin(std::chrono::milliseconds(300));
+    loop.post(step);
+  });
+  loop.run();
+  EXPECT_LT(firings, 15);
+}
+
+TEST_F(StandardRunLoopTest, NeitherTimersNorPostedFunctionsStarveTheOther) {
+  std::function<void()> again = [&] { loop.post(again); };
+  loop.post(again);
+  loop.every(0.001, [&] { loop.stop(); });
+  loop.run();
+
+  // A timer that is always due.
+  StandardRunLoop busy;
+  busy.every(0.001, [] { spin(std::chrono::milliseconds(2)); });
+  busy.post([&] { busy.post([&] { busy.post([&] { busy.stop(); }); }); });
+  busy.run();
+}
+
+TEST_F(StandardRunLoopTest, TakesAnyInterval) {
+  int fast = 0;
+  for (const double seconds : {0.0, -5.0, 1e-9, std::nan(""), -HUGE_VAL}) {
+    loop.every(seconds, [&, left = 2]() mutable {
+      if (left-- > 0 && ++fast == 10) loop.stop();
+    });
+  }
+  for (const double seconds : {1e12, 1e300, HUGE_VAL}) loop.every(seconds, note("far"));
+  loop.run();
+  EXPECT_EQ(fast, 10);
+  EXPECT_EQ(notes, "");
+}
+
+TEST_F(StandardRunLoopTest, ReleasesWhatIsLeftWhenItEnds) {
+  auto doomed = std::make_unique<StandardRunLoop>();
+  auto* raw = doomed.get();
+  const auto timer = raw->every(1000, [end = std::make_shared<AtEnd>([this, raw] {
+                                         notes += "timer ";
+                                         raw->post([] {});
+                                       })] {});
+  raw->post([end = std::make_shared<AtEnd>([this, raw, timer] {
+               notes += "posted ";
+               raw->cancel(timer);
+               raw->post([end = std::make_shared<AtEnd>([this] { notes += "nested "; })] {});
+             })] { FAIL() << "run by the destructor"; });
+  doomed.reset();
+  EXPECT_EQ(notes, "posted timer nested ");
+}
+
+TEST(StandardRunLoopDeathTest, AFunctionThatThrowsEndsTheProgram) {
+  const auto throwing = [] {
+    StandardRunLoop loop;
+    loop.post([] { throw 1; });
+    try {
+      loop.run();
+    } catch (...) {
+    }
+  };
+  EXPECT_DEATH(throwing(), "");
+}
+
+}  // namespace
+}  // namespace xel
