@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "xel/simulation/StreamInfoBuilder.h"
+
+#include "GivenDocument.h"
+#include "PlaylistWriter.h"
+#include "StreamRequestCheck.h"
+
+namespace xel::serve {
+
+/// An ad break of a generated stream. Seconds of stream time.
+struct PlannedBreak {
+  std::string key;
+  double start;
+  std::vector<double> adDurations;
+};
+
+/// One stream session: what its player gets, and how far it has got.
+///
+/// A live stream grows by one segment with each fetch of its playlist, so that it keeps step with
+/// players of any speed. Its document is ahead of it by some breaks, and no segment is due before
+/// the player has had a document that knows its ads.
+/// Not thread-safe.
+class ServedStream {
+ public:
+  struct Settings {
+    StreamKind kind = StreamKind::vod;
+    bool preroll = false;
+    /// Seconds of the main stream; for generated live streams.
+    double liveDuration = 60;
+    std::string streamID;
+    /// Where the stream's documents are, such as "https://localhost:8443/streams/1".
+    std::string url;
+    /// Where its pings go, such as "https://localhost:8443/track/1".
+    std::string trackingURL;
+    /// The stream info document, if it is not to be generated.
+    std::shared_ptr<const GivenDocument> document;
+  };
+
+  /// Seconds between two polls of a live document.
+  static constexpr double pollingPeriod = 1;
+
+  explicit ServedStream(Settings settings);
+
+  const Settings& settings() const noexcept { return settings_; }
+  /// The answer to the stream request.
+  std::string answer() const;
+
+  /// The document as it is now. A live one knows the breaks that start within the next while.
+  const std::string& fetchDocument();
+  /// As it was fetched last; empty when it has not been fetched.
+  const std::string& lastDocument() const noexcept { return lastDocument_; }
+
+  /// Whether the next `fetchPlaylist` adds nothing that the document fetched last does not know.
+  /// A player that never fetches the document is not waited for.
+  bool isNextSegmentDue() const;
+  /// The main playlist: all of it for an on-demand stream, a window of six segments for a live one.
+  std::string fetchPlaylist();
+  /// Empty when the stream has no pre-roll.
+  std::string prerollPlaylist() const;
+
+ private:
+  simulation::StreamInfoBuilder builder() const;
+  void addBreak(const PlannedBreak& planned, simulation::StreamInfoBuilder& builder) const;
+  PlaylistWriter mainPlaylist() const;
+  PlaylistWriter playlist(const std::vector<PlannedBreak>& breaks, double duration) const;
+  std::size_t nextPublished() const;
+
+  const Settings settings_;
+  const std::vector<PlannedBreak> breaks_;
+  const PlaylistWriter mainPlaylist_;
+  std::string lastDocument_;
+  /// Segments of the live stream that have been published.
+  std::size_t published_ = 0;
+  /// Seconds of the live stream that `lastDocument_` knows the ads of.
+  double covered_ = 0;
+};
+
+}  // namespace xel::serve
