@@ -5,7 +5,9 @@ namespace xel {
 void TrackedEvents::addEvent_trackingURL(std::string_view event, std::string url) {
   auto filed = trackingURLs_.find(event);
   if (filed == trackingURLs_.end()) {
+    constexpr std::size_t usualVendorsPerEvent = 8;
     filed = trackingURLs_.emplace(event, std::vector<std::string>()).first;
+    filed->second.reserve(usualVendorsPerEvent);
   }
   filed->second.push_back(std::move(url));
 }

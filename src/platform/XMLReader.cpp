@@ -54,24 +54,45 @@ std::string_view endOfSection(std::string_view markup) noexcept {
   return markup.starts_with("<?") ? "?>" : std::string_view();
 }
 
+constexpr std::size_t shortestTagOverLimit =
+    (XMLReader::maxAttributes + 1) * std::string_view(" a=''").size();
+
+/// From one "<" to the next, or to the end.
+std::string_view markupAt(std::string_view data, std::size_t position) noexcept {
+  return data.substr(position, data.find('<', position + 1) - position);
+}
+
+/// Whether anything in the document looks like a tag with too many attributes; it may also stand in
+/// a section. Most documents are cleared in a few leaps from "<" to "<".
+bool mayExceedAttributeLimit(std::string_view data) noexcept {
+  std::size_t position = data.find('<');
+  while (position != std::string_view::npos) {
+    const std::size_t leap = data.substr(position + 1, shortestTagOverLimit).rfind('<');
+    if (leap != std::string_view::npos) {
+      position += 1 + leap;
+      continue;
+    }
+    const std::string_view markup = markupAt(data, position);
+    if (endOfSection(markup).empty() && hasTooManyAttributes(markup)) return true;
+    position = data.find('<', position + 1);
+  }
+  return false;
+}
+
 /// How much of the document lies before the first start tag with too many attributes: libxml2
 /// compares each attribute with all the others before it reports them.
 std::size_t bytesWithinAttributeLimit(std::string_view data) noexcept {
-  constexpr std::size_t shortestTagOverLimit =
-      (XMLReader::maxAttributes + 1) * std::string_view(" a=''").size();
+  if (!mayExceedAttributeLimit(data)) return data.size();
   std::size_t position = data.find('<');
   while (position != std::string_view::npos) {
     const std::string_view sectionEnd = endOfSection(data.substr(position));
     if (!sectionEnd.empty()) {
       position = data.find('<', data.find(sectionEnd, position));
-      continue;
+    } else {
+      const std::string_view tag = markupAt(data, position);
+      if (tag.size() > shortestTagOverLimit && hasTooManyAttributes(tag)) return position;
+      position = data.find('<', position + 1);
     }
-    const std::size_t next = data.find('<', position + 1);
-    const std::size_t length = std::min(next, data.size()) - position;
-    if (length > shortestTagOverLimit && hasTooManyAttributes(data.substr(position, length))) {
-      return position;
-    }
-    position = next;
   }
   return data.size();
 }
