@@ -104,8 +104,8 @@ class NginxServer {
     if (process_ == 0) {
       prctl(PR_SET_PDEATHSIG, SIGTERM);
       char* environment[] = {sockets.data(), nullptr};
-      execle("/usr/sbin/nginx", "nginx", "-q", "-e", "stderr", "-p", name.c_str(), "-c",
-             file.c_str(), nullptr, environment);
+      execle("/usr/sbin/nginx", "nginx", "-e", "error.log", "-p", name.c_str(), "-c", file.c_str(),
+             nullptr, environment);
       _exit(127);
     }
   }
@@ -123,6 +123,7 @@ class NginxServer {
       return "listen 127.0.0.1:" + listeners[static_cast<std::size_t>(i)].port() + options + ";\n";
     };
     return std::string(geteuid() == 0 ? "user root root;\n" : "") + R"(
+load_module /usr/lib/nginx/modules/ngx_http_echo_module.so;
 daemon off;
 pid nginx.pid;
 error_log stderr crit;
@@ -144,6 +145,7 @@ http {
     location /large { }
     location /bomb { gzip on; alias large; }
     location /ok { add_header X-Connection $connection; return 200 "fine"; }
+    location /unhurried { echo_sleep 0.001; echo fine; }
     location /echo {
       proxy_pass http://127.0.0.1:)" +
            listeners[0].port() + R"(/ok;

@@ -30,7 +30,7 @@ void CompletionBox::deliver() {
     Finished finished = std::move(delivering_.front());
     delivering_.pop_front();
     const auto waiting = completions_.extract(finished.id);
-    if (waiting) waiting.mapped()(std::move(finished.result));
+    if (waiting && waiting.mapped()) waiting.mapped()(std::move(finished.result));
   }
 }
 

@@ -39,7 +39,6 @@ std::vector<HTTPHeader> answerHeaders(CURL* easy) {
 CurlTransfer::CurlTransfer(CurlJob job, const std::string& caFile)
     : job_(std::move(job)), ping_(job_.request.trackingEvent.has_value()), easy_(curl_easy_init()) {
   if (!easy_) throw std::bad_alloc();
-  set(CURLOPT_PRIVATE, this);
   set(CURLOPT_ERRORBUFFER, errorText_.data());
   set(CURLOPT_WRITEFUNCTION, &receive);
   set(CURLOPT_WRITEDATA, this);
