@@ -18,6 +18,8 @@ namespace {
 constexpr const char* json = "application/json";
 constexpr const char* m3u8 = "application/vnd.apple.mpegurl";
 constexpr const char* plainText = "text/plain";
+constexpr const char* documentName = "/events.json";
+constexpr const char* noSuchSession = "There is no such session.";
 constexpr const char* loopback = "127.0.0.1";
 
 /// Each open connection of a player takes a thread.
@@ -61,7 +63,7 @@ AdServer::~AdServer() {
     const std::lock_guard lock(mutex_);
     stopping_ = true;
   }
-  documentFetched_.notify_all();
+  documentSent_.notify_all();
   server_.stop();
   thread_.join();
 }
@@ -99,6 +101,10 @@ void AdServer::addRoutes() {
   });
   server_.Get("/documents", [this](const Request&, Response& response) {
     response.set_content(documents(), json);
+  });
+  server_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
+    // By now the answer has been written.
+    if (response.status == 200 && request.path.ends_with(documentName)) documentSent(request);
   });
   server_.set_error_handler([](const Request& request, Response& response) {
     if (!response.body.empty()) return;
@@ -180,27 +186,32 @@ void AdServer::answerStreamRequest(StreamKind kind, const httplib::Request& requ
 
 void AdServer::answerDocument(const httplib::Request& request, httplib::Response& response) {
   const std::lock_guard lock(mutex_);
-  if (ServedStream* const stream = streamOf(request, response)) {
-    response.set_content(stream->fetchDocument(), json);
-    documentFetched_.notify_all();
-  }
+  ServedStream* const stream = streamOf(request);
+  if (!stream) return refuse(response, 404, noSuchSession);
+  response.set_content(stream->fetchDocument(), json);
+}
+
+void AdServer::documentSent(const httplib::Request& request) {
+  const std::lock_guard lock(mutex_);
+  if (ServedStream* const stream = streamOf(request)) stream->documentSent();
+  documentSent_.notify_all();
 }
 
 void AdServer::answerPlaylist(const httplib::Request& request, httplib::Response& response) {
   std::unique_lock lock(mutex_);
-  ServedStream* const stream = streamOf(request, response);
-  if (!stream) return;
-  documentFetched_.wait_for(lock, longestWait,
-                            [&] { return stopping_ || stream->isNextSegmentDue(); });
+  ServedStream* const stream = streamOf(request);
+  if (!stream) return refuse(response, 404, noSuchSession);
+  documentSent_.wait_for(lock, longestWait,
+                         [&] { return stopping_ || stream->isNextSegmentDue(); });
   response.set_content(stream->fetchPlaylist(), m3u8);
 }
 
 void AdServer::answerPreroll(const httplib::Request& request, httplib::Response& response) {
   const std::lock_guard lock(mutex_);
-  const ServedStream* const stream = streamOf(request, response);
-  if (!stream) return;
+  const ServedStream* const stream = streamOf(request);
+  if (!stream) return refuse(response, 404, noSuchSession);
   const std::string playlist = stream->prerollPlaylist();
-  if (playlist.empty()) return refuse(response, 404, "This stream has no pre-roll.");
+  if (playlist.empty()) return refuse(response, 404, "This session has no pre-roll.");
   response.set_content(playlist, m3u8);
 }
 
@@ -217,13 +228,11 @@ std::string AdServer::documents() {
   return text.empty() ? "[]" : text + "]";
 }
 
-ServedStream* AdServer::streamOf(const httplib::Request& request, httplib::Response& response) {
+ServedStream* AdServer::streamOf(const httplib::Request& request) {
   const std::string number = request.matches[1];
   std::size_t place = 0;
   std::from_chars(number.data(), number.data() + number.size(), place);
-  if (place >= 1 && place <= streams_.size()) return streams_[place - 1].get();
-  refuse(response, 404, "There is no session " + number + ".");
-  return nullptr;
+  return place >= 1 && place <= streams_.size() ? streams_[place - 1].get() : nullptr;
 }
 
 }  // namespace xel::serve

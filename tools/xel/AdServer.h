@@ -60,13 +60,13 @@ class AdServer {
   void listen();
   void answerStreamRequest(StreamKind kind, const httplib::Request& request,
                            httplib::Response& response);
+  void documentSent(const httplib::Request& request);
   void answerDocument(const httplib::Request& request, httplib::Response& response);
   void answerPlaylist(const httplib::Request& request, httplib::Response& response);
   void answerPreroll(const httplib::Request& request, httplib::Response& response);
   std::string documents();
-  /// The stream that the path names; null, with the response filled, when there is none. Call with
-  /// `mutex_` held.
-  ServedStream* streamOf(const httplib::Request& request, httplib::Response& response);
+  /// The stream that the path names; null when there is none. Call with `mutex_` held.
+  ServedStream* streamOf(const httplib::Request& request);
 
   const Settings settings_;
   const TemporaryFolder folder_;
@@ -75,7 +75,7 @@ class AdServer {
   std::string url_;
   Ledger ledger_;
   std::mutex mutex_;
-  std::condition_variable documentFetched_;             ///< Or the server is stopping.
+  std::condition_variable documentSent_;                ///< Or the server is stopping.
   std::vector<std::unique_ptr<ServedStream>> streams_;  ///< Guarded by mutex_.
   bool stopping_ = false;                               ///< Guarded by mutex_.
   httplib::SSLServer server_;

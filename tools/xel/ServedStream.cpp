@@ -67,7 +67,7 @@ std::string ServedStream::answer() const {
 }
 
 const std::string& ServedStream::fetchDocument() {
-  covered_ =
+  fetchedCover_ =
       static_cast<double>(std::max(published_, firstSegments)) * PlaylistWriter::segmentSeconds +
       documentLead;
   lastDocument_ = settings_.document ? settings_.document->text : builder().build();
@@ -100,7 +100,7 @@ simulation::StreamInfoBuilder ServedStream::builder() const {
   auto builder = simulation::StreamInfoBuilder::live();
   if (settings_.preroll) addBreak(prerollBreak(), builder);
   for (const PlannedBreak& planned : breaks_) {
-    if (planned.start < covered_) addBreak(planned, builder);
+    if (planned.start < fetchedCover_) addBreak(planned, builder);
   }
   return builder;
 }

@@ -54,10 +54,12 @@ class ServedStream {
 
   /// The document as it is now. A live one knows the breaks that start within the next while.
   const std::string& fetchDocument();
+  /// Tells that the document fetched last has been sent: its player can know it now.
+  void documentSent() noexcept { covered_ = fetchedCover_; }
   /// As it was fetched last; empty when it has not been fetched.
   const std::string& lastDocument() const noexcept { return lastDocument_; }
 
-  /// Whether the next `fetchPlaylist` adds nothing that the document fetched last does not know.
+  /// Whether the next `fetchPlaylist` adds nothing that the document sent last does not know.
   /// A player that never fetches the document is not waited for.
   bool isNextSegmentDue() const;
   /// The main playlist: all of it for an on-demand stream, a window of six segments for a live one.
@@ -79,6 +81,8 @@ class ServedStream {
   /// Segments of the live stream that have been published.
   std::size_t published_ = 0;
   /// Seconds of the live stream that `lastDocument_` knows the ads of.
+  double fetchedCover_ = 0;
+  /// Seconds of the live stream that the document sent last knows the ads of.
   double covered_ = 0;
 };
 
