@@ -11,9 +11,9 @@ add_library(xel_options INTERFACE)
 target_compile_options(xel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow
                        -Wnon-virtual-dtor -Woverloaded-virtual
                        $<$<BOOL:${XEL_WARNINGS_AS_ERRORS}>:-Werror>)
-# GCC 12 takes the growth of a std::string for a copy that overlaps or overflows (GCC bug 105651).
+# GCC 12 takes the growth of a std::string for a copy that overlaps (GCC bug 105651).
 target_compile_options(xel_options INTERFACE
-  "$<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict;-Wno-stringop-overflow>")
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 if(XEL_SANITIZE)
   target_compile_options(xel_options INTERFACE -fsanitize=${XEL_SANITIZE} -fno-omit-frame-pointer
                          -fno-sanitize-recover=all)
