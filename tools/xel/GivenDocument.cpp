@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -23,8 +24,12 @@ PlaylistWriter withTail(double lastEvent, std::vector<StreamText> texts) {
 
 GivenDocument GivenDocument::read(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (!stream) throw std::runtime_error(file + " cannot be read");
+  std::ostringstream read;
+  read << stream.rdbuf();
+  if (!stream.is_open() || read.bad() || std::filesystem::is_directory(file)) {
+    throw std::runtime_error(file + " cannot be read");
+  }
+  std::string text = read.str();
   const auto [value, error] = JSONValue::parse(text);
   if (error) throw std::runtime_error(file + " is not JSON: " + error->description);
   if (!value.isObject()) throw std::runtime_error(file + " is not a JSON object");

@@ -47,7 +47,7 @@ bool isIDType(const std::string& value) { return value == "tvOS"; }
 
 bool isVersion(const std::string& value) {
   const auto slash = value.find('/');
-  return value.substr(0, 2) == "t." && slash != std::string::npos && slash > 2 &&
+  return value.starts_with("t.") && slash != std::string::npos && slash > 2 &&
          slash + 1 < value.size();
 }
 
@@ -87,8 +87,7 @@ bool isAdTagParameter(std::string_view field) {
                                 kXELStreamParamOrderVariant,
                                 kXELStreamParamOrderType,
                                 kXELStreamParamSize};
-  return std::find(known.begin(), known.end(), field) != known.end() ||
-         field.substr(0, 7) == "xelfw_";
+  return std::find(known.begin(), known.end(), field) != known.end() || field.starts_with("xelfw_");
 }
 
 std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
