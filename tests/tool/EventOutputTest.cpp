@@ -68,17 +68,17 @@ std::vector<EventCase> eventCases() {
        R"({"t":0,"event":"didInitializeStream","streamID":"id)"
        "\xEF\xBF\xBD"
        R"("})",
-       "0:00.0    stream            id?"},
+       "0:00.0    stream              id?"},
       {"Load", 0,
        StreamLoaded{"https://h",
                     JSONValue::parse(R"([{"language":"de","n":[1,2.5,true]}])").value.elements()},
        R"({"t":0,"event":"loadURL","url":"https://h","subtitles":[{"language":"de","n":[1,2.5,true]}]})",
-       "0:00.0    loading           https://h"},
+       "0:00.0    loading             https://h"},
       {"Ready", 0.1 + 0.2, ReadyForPlayback{},
        R"({"t":0.30000000000000004,"event":"streamManagerIsReadyForPlayback"})", "0:00.3    ready"},
       {"Ad", 12.2, AdEvent{"adDidStart", makeAd()},
        std::string(R"({"t":12.2,"event":"adDidStart","ad":)") + adJSON + "}",
-       "0:12.2    ad started        2/3 \"Caf\xC3\xA9 \"1\" 2\", 15.5 s"},
+       "0:12.2    ad started          2/3 \"Caf\xC3\xA9 \"1\" 2\", 15.5 s"},
       {"Countdown", 1e22, AdCountdown{makeAd(), -0.5},
        std::string(R"({"t":1e+22,"event":"didCountdownTo","ad":)") + adJSON +
            R"(,"remaining":-0.5})",
@@ -89,30 +89,30 @@ std::vector<EventCase> eventCases() {
                       "", -1, notANumber, -1, 0)},
        R"({"t":75.25,"event":"adBreakDidStart","adBreakInfo":{"adBreakKey":"","totalAds":-1,)"
        R"("duration":null,"adBreakIndex":-1,"timeOffset":0}})",
-       "1:15.3    ad break started  ? ads, nan s"},
+       "1:15.3    ad break started    ? ads, nan s"},
       {"Cuepoints", 0, CuepointsUpdated{{cuepoint}},
        R"({"t":0,"event":"didUpdateCuepoints","cuepoints":[{"startTime":10,"endTime":40.5,"isPlayed":true}]})",
-       "0:00.0    cue points        0:10.0 to 0:40.5 (played)"},
+       "0:00.0    cue points          0:10.0 to 0:40.5 (played)"},
       {"Error", 0, ErrorReceived{outer},
        R"({"t":0,"event":"didReceiveError","error":{"domain":"XELError","code":3,)"
        R"("description":"Unable \u001b[2J","underlying":{"domain":"XELTransferError","code":3,)"
        R"("description":"Timed\nout","underlying":null}}})",
-       "0:00.0    error             Unable ?[2J (XELError 3): Timed out (XELTransferError 3)"},
+       "0:00.0    error               Unable ?[2J (XELError 3): Timed out (XELTransferError 3)"},
       {"NoError", 0, ErrorReceived{nullptr}, R"({"t":0,"event":"didReceiveError","error":null})",
-       "0:00.0    error             the display gave no reason"},
+       "0:00.0    error               the display gave no reason"},
       {"Ping", 3, PingSent{"start", "no URL"},
        R"({"t":3,"event":"ping","pingEvent":"start","url":"no URL"})",
-       "0:03.0    ping start        no URL"},
+       "0:03.0    ping start          no URL"},
       {"PingStatus", 3, PingAnswered{"start", "https://t", nullptr, 204, 1.25},
        R"({"t":3,"event":"pingResult","pingEvent":"start","url":"https://t","status":204,"ms":1.25})",
-       "0:03.0    ping answered     start in 1 ms: 204, https://t"},
+       "0:03.0    ping answered       start in 1 ms: 204, https://t"},
       {"PingError", 3, PingAnswered{"start", "https://t", inner, 0, 0},
        R"({"t":3,"event":"pingResult","pingEvent":"start","url":"https://t","error":)"
        R"({"domain":"XELTransferError","code":3,"description":"Timed\nout","underlying":null},"ms":0})",
-       "0:03.0    ping answered     start in 0 ms: Timed out (XELTransferError 3), https://t"},
+       "0:03.0    ping answered       start in 0 ms: Timed out (XELTransferError 3), https://t"},
       {"Conversion", 0, TimeConverted{30, 25, 60, nullptr},
        R"({"t":0,"event":"conversion","time":30,"contentTime":25,"streamTime":60,"previousCuepoint":null})",
-       "0:00.0    conversion        stream time 0:30.0 is content time 0:25.0; content time "
+       "0:00.0    conversion          stream time 0:30.0 is content time 0:25.0; content time "
        "0:30.0 is stream time 1:00.0; previous cue point: none"},
   };
 }

@@ -134,7 +134,7 @@ std::string printable(std::string_view text) {
 std::optional<std::string> toLine(double time, const PlayEvent& event) {
   if (std::holds_alternative<AdCountdown>(event)) return std::nullopt;
   const auto [what, about] = std::visit(ToWords{}, event);
-  auto line = padded(clockText(time), 8) + "  " + padded(printable(what), 16);
+  auto line = padded(clockText(time), 8) + "  " + padded(printable(what), 18);
   if (about.empty()) return line.substr(0, line.find_last_not_of(' ') + 1);
   return line + "  " + printable(about);
 }

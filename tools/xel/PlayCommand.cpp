@@ -6,6 +6,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -73,8 +76,8 @@ struct VODOptions : PlayOptions {
 };
 
 [[noreturn]] void refuse(const std::string& option, const std::string& text,
-                         const std::string& remedy) {
-  throw CLI::ValidationError(option, "\"" + text + "\" does not do: give " + remedy);
+                         const std::string& wanted) {
+  throw CLI::ValidationError(option, "\"" + text + "\" is not " + wanted);
 }
 
 std::optional<double> finiteNumber(std::string_view text) {
@@ -88,7 +91,8 @@ std::optional<double> finiteNumber(std::string_view text) {
 
 double secondsFrom(const std::string& option, const std::string& text) {
   const auto seconds = finiteNumber(text);
-  if (!seconds || *seconds < 0) refuse(option, text, "seconds, 0 or more, such as 12.5");
+  if (!seconds || *seconds < 0)
+    refuse(option, text, "a number of seconds, 0 or more, such as 12.5");
   return *seconds;
 }
 
@@ -136,7 +140,7 @@ std::string advertisingIDFrom(const std::string& text) {
 }
 
 std::string identifierFrom(const std::string& option, const std::string& text) {
-  if (text.empty()) refuse(option, text, "an identifier that is not empty");
+  if (text.empty()) refuse(option, text, "an identifier: it must not be empty");
   return text;
 }
 
@@ -163,9 +167,13 @@ void addServerOptions(CLI::App& command, PlayOptions& options) {
           [&platform](const std::string& text) {
             platform.services.liveHost = platform.services.vodHost = serverFrom(text);
           });
-  command.add_option("--ca-file", platform.caFile, "Trust the authorities of this PEM file alone")
-      ->check(CLI::ExistingFile)
-      ->type_name("PEM");
+  addText(command, "--ca-file", "PEM", "Trust the authorities of this file alone",
+          [&platform](const std::string& text) {
+            if (!std::filesystem::is_regular_file(text) || !std::ifstream(text)) {
+              refuse("--ca-file", text, "a file that can be read");
+            }
+            platform.caFile = text;
+          });
   addRepeatable(command, "--ad-domain", "DOMAIN",
                 "A domain whose tracking URLs may be measurement URLs (give two)",
                 [&platform](const Texts& domains) {
@@ -208,7 +216,7 @@ void addPlayerOptions(CLI::App& command, PlayOptions& options) {
   addText(command, "--player", "clock",
           "clock: no pictures, only a clock that runs over the manifest (default)",
           [](const std::string& text) {
-            if (text != "clock") refuse("--player", text, "clock");
+            if (text != "clock") refuse("--player", text, "a player; the only one is clock");
           });
   addText(command, "--speed", "N|max", "Stream seconds for each second (default 1)",
           [&clock](const std::string& text) { clock.speed = speedFrom(text); });
@@ -224,7 +232,7 @@ void addPlayerOptions(CLI::App& command, PlayOptions& options) {
                 [&options](const Texts& times) {
                   for (const auto& time : times) {
                     const auto number = finiteNumber(time);
-                    if (!number) refuse("--convert", time, "seconds, such as 12.5");
+                    if (!number) refuse("--convert", time, "a number of seconds, such as 12.5");
                     options.conversions.push_back(*number);
                   }
                 });

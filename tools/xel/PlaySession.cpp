@@ -25,9 +25,10 @@ void PlaySession::start(std::shared_ptr<ClockDisplay> display,
 }
 
 void PlaySession::abandon(int exitStatus) {
+  if (!whenOver_) return;
   exitStatus_ = exitStatus;
   manager_ = nullptr;
-  if (whenOver_) std::exchange(whenOver_, nullptr)();
+  std::exchange(whenOver_, nullptr)();
 }
 
 void PlaySession::endAfterPings(int exitStatus) {

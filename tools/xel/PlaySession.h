@@ -33,7 +33,7 @@ class PlaySession final : public XELStreamManagerDelegate,
 
   void start(std::shared_ptr<ClockDisplay> display, std::shared_ptr<ObservingHTTPClient> http,
              std::shared_ptr<XELStreamRequest> request);
-  /// Ends the session now, without waiting for pings.
+  /// Ends the session now, without waiting for pings, unless it is over already.
   void abandon(int exitStatus);
   /// 0 when the stream was played, 1 when the session failed, or what `abandon` was given.
   int exitStatus() const noexcept { return exitStatus_.value_or(1); }

@@ -115,12 +115,15 @@ TerminalView::TerminalView(std::FILE* out)
       hasColours_(environmentValue("NO_COLOR").empty()),
       hasLineCharacters_(isUTF8Locale()) {}
 
-TerminalView::~TerminalView() { put(erased() + drawn() + "\n"); }
+TerminalView::~TerminalView() {
+  redraw();
+  put("\n");
+}
 
 void TerminalView::show(double time, const PlayEvent& event) {
   follow(time, event);
   const auto line = toLine(time, event);
-  if (line) put(erased() + styled(styleOf(event), *line) + "\n" + drawn());
+  if (line) redraw(styled(styleOf(event), *line) + "\n");
 }
 
 void TerminalView::showProgress(const PlayProgress& progress) {
@@ -133,7 +136,15 @@ std::shared_ptr<Log> TerminalView::log() {
   return std::make_shared<TerminalLog>(weak_from_this());
 }
 
-void TerminalView::redraw() { put(erased() + drawn()); }
+void TerminalView::redraw() { redraw(""); }
+
+void TerminalView::redraw(const std::string& above) {
+  // In one piece, so that nothing flickers.
+  auto text = erased();
+  text += above;
+  text += drawn();
+  put(text);
+}
 
 void TerminalView::writeAbove(const std::function<void()>& write) {
   put(erased());

@@ -40,6 +40,7 @@ class TerminalView final : public PlayView, public std::enable_shared_from_this<
     std::size_t columns;
   };
 
+  void redraw(const std::string& above);
   void follow(double time, const PlayEvent& event);
   std::string styled(const char* style, const std::string& text) const;
   StatusLine barLine(std::size_t columns) const;

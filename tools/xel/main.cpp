@@ -21,6 +21,29 @@ std::string commandText(const CLI::App& app) {
   return text;
 }
 
+/// "play or serve", where one of these commands is missing; empty where none is.
+std::string missingCommand(const CLI::App& app) {
+  for (const auto* command : app.get_subcommands()) return missingCommand(*command);
+  std::string names;
+  for (const auto* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names += (names.empty() ? "" : " or ") + command->get_name();
+  }
+  return names;
+}
+
+std::string usageText(const CLI::App& app, const CLI::ParseError& error) {
+  auto problem = xel::printable(error.what());
+  const auto rest = app.remaining(true);
+  const auto first = rest.empty() ? "" : '"' + xel::printable(rest.front()) + '"';
+  if (const auto commands = missingCommand(app); !commands.empty()) {
+    problem = (rest.empty() ? "the command is missing" : first + " is not a command") + "; give " +
+              commands;
+  } else if (!rest.empty()) {
+    problem = first + " was not expected";
+  }
+  return "xel: " + problem + " (see " + commandText(app) + " --help)\n";
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -35,8 +58,7 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
-    const auto message = xel::printable(error.what());
-    std::fprintf(stderr, "xel: %s (see %s --help)\n", message.c_str(), commandText(app).c_str());
+    std::fputs(usageText(app, error).c_str(), stderr);
     return wrongUsage;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "xel: %s\n", error.what());
