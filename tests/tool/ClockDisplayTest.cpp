@@ -99,10 +99,10 @@ TEST_F(ClockDisplayTest, TicksAreComputedNotSummed) {
   int tick = 0;
   recorder->onLine = [&](const std::string& line) {
     if (line == "end" || line == "ready" || line.starts_with("load")) return;
+    // The position is that of the tick already.
     if (display->position() != tick / 5.0) wrong.push_back(display->position());
     ++tick;
   };
-  // The delegate hears of a tick when the position is already that of the tick.
   play(atFullSpeed());
   EXPECT_EQ(tick, 15001);
   EXPECT_EQ(wrong, std::vector<double>{});
@@ -157,6 +157,13 @@ TEST_F(ClockDisplayTest, LiveIsFetchedEveryTargetDurationOfStreamTimeAtAnySpeed)
   settings.duration = 4.5;
   play(settings);
   EXPECT_EQ(server->requests().size(), 1u + 4u);
+  EXPECT_EQ(recorder->lines.back(), "end");
+}
+
+TEST_F(ClockDisplayTest, LiveFetchesNothingBeyondTheDuration) {
+  server->answer(url, {200, live(0, segment(1))});
+  play({std::nullopt, {}, 0.9});
+  EXPECT_EQ(server->requests().size(), 1u);
   EXPECT_EQ(recorder->lines.back(), "end");
 }
 

@@ -14,7 +14,7 @@ namespace xel {
 namespace {
 
 std::shared_ptr<XELAd> makeAd() {
-  const auto ad = XELAd::initPrivate();
+  auto ad = XELAd::initPrivate();
   ad->setAdKey("k");
   ad->setAdTitle("Caf\xC3\xA9 \"1\"\n2");
   ad->setDuration(15.5);

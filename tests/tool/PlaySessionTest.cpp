@@ -46,7 +46,8 @@ class EventNames final : public PlayView {
 
 class PlaySessionTest : public testing::Test {
  protected:
-  void play(std::shared_ptr<XELStreamRequest> request, std::vector<double> conversions = {}) {
+  void play(std::shared_ptr<XELStreamRequest> request,
+            const std::vector<double>& conversions = {}) {
     session = std::make_shared<PlaySession>(view, conversions, [this] { isOver = true; });
     const auto now = [this] { return platform.loop().now(); };
     installed_ = nullptr;

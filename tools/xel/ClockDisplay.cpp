@@ -115,7 +115,7 @@ void ClockDisplay::takePlaylist(const MediaPlaylist& playlist) {
   everyInterval(std::max(retry, shortestRetry), &ClockDisplay::fetchPlaylist);
 }
 
-void ClockDisplay::fail(std::shared_ptr<const Error> error) {
+void ClockDisplay::fail(const std::shared_ptr<const Error>& error) {
   ++load_;
   if (const auto target = delegate()) target->videoDisplay_didFailWithError(*this, error);
 }
@@ -177,11 +177,12 @@ void ClockDisplay::advance() {
   });
 }
 
+/// Reports the tick with the texts before it, or does what must come first.
 void ClockDisplay::pass(double tick) {
+  if (settings_.duration && played(tick) > *settings_.duration + tolerance) return end();
   if (!timeline_.isFinished() && (tick >= refreshDue_ || tick >= timeline_.end())) {
     return fetchPlaylist();
   }
-  if (settings_.duration && played(tick) > *settings_.duration + tolerance) return end();
 
   const auto isSeeking = nextSeek_ < settings_.seeks.size() && !isAtSeekTarget_ &&
                          tick >= settings_.seeks[nextSeek_].at;

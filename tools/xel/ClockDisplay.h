@@ -97,7 +97,7 @@ class ClockDisplay final : public XELVideoDisplay,
   void fetchPlaylist();
   void handlePlaylistResult(const HTTPResult& result);
   void takePlaylist(const MediaPlaylist& playlist);
-  void fail(std::shared_ptr<const Error> error);
+  void fail(const std::shared_ptr<const Error>& error);
   void end();
 
   std::optional<double> nextTick() const;

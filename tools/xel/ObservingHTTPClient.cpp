@@ -18,7 +18,7 @@ void ObservingHTTPClient::send(HTTPRequest request, Completion completion) {
   ++*outstanding_;
   client_->send(std::move(request),
                 [observer = observer_, outstanding = outstanding_, now = now_, sentAt = now_(),
-                 event, url, completion = std::move(completion)](HTTPResult result) {
+                 event, url, completion = std::move(completion)](const HTTPResult& result) {
                   const auto milliseconds = (now() - sentAt) * 1000;
                   --*outstanding;
                   if (completion) completion(result);

@@ -44,29 +44,35 @@ std::string usageText(const CLI::App& app, const CLI::ParseError& error) {
   return "xel: " + problem + " (see " + commandText(app) + " --help)\n";
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   CLI::App app("Plays ad-inserted streams, and serves some to play.", "xel");
   app.require_subcommand(1);
   app.set_version_flag("--version", xel::makeLinuxEnvironment({})->libraryVersion().value_or(""));
 
   int exitStatus = 0;
+  xel::registerPlay(app, exitStatus);
+  xel::registerServe(app, exitStatus);
   try {
-    xel::registerPlay(app, exitStatus);
-    xel::registerServe(app, exitStatus);
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
     std::fputs(usageText(app, error).c_str(), stderr);
     return wrongUsage;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "xel: %s\n", error.what());
-    return 1;
   }
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
     std::fputs("xel: standard output could not be written\n", stderr);
     return 1;
   }
   return exitStatus;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "xel: %s\n", error.what());
+    return 1;
+  }
 }
