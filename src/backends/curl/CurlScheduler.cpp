@@ -56,7 +56,7 @@ void CurlScheduler::startWaiting() {
 }
 
 void CurlScheduler::start(Host& host, CurlJob job) {
-  auto active = std::unique_ptr<Active>(new Active{host, {std::move(job), caFile_}});
+  auto active = std::make_unique<Active>(host, std::move(job), caFile_);
   CURL* handle = active->transfer.handle();
   active_.emplace(handle, std::move(active));
   curl_multi_add_handle(multi_.get(), handle);

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 #include <curl/curl.h>
 
@@ -36,6 +37,8 @@ class CurlScheduler {
   /// Nodes of the map, which stay where they are.
   using Host = std::pair<const std::string, HostQueue>;
   struct Active {
+    Active(Host& to, CurlJob job, const std::string& caFile)
+        : host(to), transfer(std::move(job), caFile) {}
     Host& host;
     CurlTransfer transfer;
   };
