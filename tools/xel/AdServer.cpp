@@ -156,6 +156,8 @@ void AdServer::listen() {
   }
   url_ = "https://localhost:" + std::to_string(port);
   thread_ = std::thread([this] { server_.listen_after_bind(); });
+  // A server that is not running yet cannot be stopped.
+  while (!server_.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void AdServer::answerStreamRequest(StreamKind kind, const httplib::Request& request,
