@@ -6,6 +6,7 @@
 
 #include <libxml/SAX.h>
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 
 namespace xel {
 namespace {
@@ -129,9 +130,11 @@ class XMLReader::Events {
     xmlCtxtUseOptions(context_, XML_PARSE_SAX1 | XML_PARSE_NOENT | XML_PARSE_NONET |
                                     XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC |
                                     XML_PARSE_HUGE);
+    // Nothing is guessed from the first bytes.
+    xmlSwitchEncoding(context_, XML_CHAR_ENCODING_UTF8);
     const bool whole = length == document_.size();
     xmlParseChunk(context_, document_.data(), static_cast<int>(length), whole ? 1 : 0);
-    return whole && context_->wellFormed != 0;
+    return whole && depth_ <= maxDepth && context_->wellFormed != 0;
   }
 
  private:
@@ -156,6 +159,8 @@ class XMLReader::Events {
       h.processingInstruction = [](void* user, const xmlChar*, const xmlChar*) {
         self(user).endText(0);
       };
+      // Of an entity that may have been declared elsewhere; nothing stands for it.
+      h.reference = [](void* user, const xmlChar*) { self(user).endText(0); };
       return h;
     }();
     return &handler;
@@ -238,6 +243,8 @@ XMLReaderDelegate* XMLReader::delegateForNextEvent() noexcept {
 
 bool XMLReader::parse() {
   const auto keepAlive = shared_from_this();
+  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  if (data_.starts_with(byteOrderMark)) data_.remove_prefix(byteOrderMark.size());
   std::string normalised;
   if (data_.find('\r') != std::string_view::npos) {
     normalised = withNormalLineEnds(data_);

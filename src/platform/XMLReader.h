@@ -72,7 +72,7 @@ class XMLReader final : public std::enable_shared_from_this<XMLReader> {
   }
 
   /// Reads the whole document before it returns. False when it is not well-formed; the events up
-  /// to the first error have then been reported.
+  /// to the first error have then been reported, but for a text that the error cuts short.
   bool parse();
 
  private:
