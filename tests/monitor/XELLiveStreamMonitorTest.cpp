@@ -3,132 +3,92 @@
 namespace xel::test {
 namespace {
 
-const std::string documentURL = "https://ads.example/live.json";
+using LiveStreamMonitor = SessionTest;
+
 const std::string loadMain = "load https://media.example/main.m3u8";
-const std::string loadPreroll = "load https://media.example/preroll.m3u8";
 
 std::string documentWith(const char* adKey) {
   return StreamInfoBuilder::live().addAd(adKey, 10).build();
 }
 
-struct PeriodCase {
-  const char* behaviour;
-  const char* member;
-  double period;
-};
-
-class PollingPeriod : public SessionTest, public testing::WithParamInterface<PeriodCase> {};
-
-TEST_P(PollingPeriod, SeparatesTheRequestsFromTheFirstOneOn) {
-  server().answerOtherDocuments({200, "{}"});
-  server().answer(liveURL, {200, R"({"stream_id": "s", "stream_manifest": "https://m.example/",
-                                     "stream_type": "live", "id3_events_url": ")" +
-                                     documentURL + "\"" + GetParam().member + "}"});
-  manager->requestStream(liveRequest());
-  const double period = GetParam().period;
-  loop().advance(2.5 * period);
-  std::vector<double> times;
-  for (const auto& sent : server().requests()) times.push_back(sent.time);
-  ASSERT_EQ(times.size(), 4u);
-  for (int poll = 0; poll < 3; ++poll) {
-    EXPECT_NEAR(times[poll + 1], poll * period, 1e-6 * period) << poll;
+TEST(PollingPeriod, IsThePositiveNumberGivenOrTenSeconds) {
+  const struct {
+    const char* given;
+    double period;
+  } rows[] = {{"0", 10},       {"-5", 10},    {"2.5", 2.5}, {"86400", 86400},
+              {"\"2.5\"", 10}, {"true", 10},  {"null", 10}, {"1e-60", 10},
+              {"1e300", 10},   {"1e999", 10}, {nullptr, 10}};
+  for (const auto& [given, period] : rows) {
+    SCOPED_TRACE(given ? given : "absent");
+    Session session;
+    session.server().answerOtherDocuments({200, "{}"});
+    const std::string member = given ? R"("polling_frequency": )" + std::string(given) + "," : "";
+    session.server().answer(session.liveURL,
+                            {200, "{" + member + R"("stream_id": "s", "stream_type": "live",
+         "stream_manifest": "https://m.example/", "id3_events_url": "https://a.example/"})"});
+    session.manager->requestStream(Session::request(true));
+    session.loop().advance(2.5 * period);
+    const auto& sent = session.server().requests();
+    ASSERT_EQ(sent.size(), 4u);
+    for (int poll = 0; poll < 3; ++poll) EXPECT_NEAR(sent[poll + 1].time, poll * period, 1e-6);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , PollingPeriod,
-    testing::Values(PeriodCase{"Absent", "", 10},
-                    PeriodCase{"Zero", R"(, "polling_frequency": 0)", 10},
-                    PeriodCase{"Negative", R"(, "polling_frequency": -5)", 10},
-                    PeriodCase{"Fraction", R"(, "polling_frequency": 2.5)", 2.5},
-                    PeriodCase{"Long", R"(, "polling_frequency": 86400)", 86400},
-                    PeriodCase{"Text", R"(, "polling_frequency": "2.5")", 10},
-                    PeriodCase{"Boolean", R"(, "polling_frequency": true)", 10},
-                    PeriodCase{"Null", R"(, "polling_frequency": null)", 10},
-                    PeriodCase{"TooSmallForAFloat", R"(, "polling_frequency": 1e-60)", 10},
-                    PeriodCase{"TooLargeForAFloat", R"(, "polling_frequency": 1e300)", 10},
-                    PeriodCase{"Infinite", R"(, "polling_frequency": 1e999)", 10}),
-    [](const auto& info) { return info.param.behaviour; });
-
-struct FailedPollCase {
-  const char* behaviour;
-  std::optional<TransferError> error;
-  CannedAnswer answer;
-};
-
-class FailedPoll : public SessionTest, public testing::WithParamInterface<FailedPollCase> {
- protected:
-  void failNext() {
-    const auto& [behaviour, error, answer] = GetParam();
-    if (error) server().fail(documentURL, *error);
-    if (!error) server().answer(documentURL, answer);
+TEST(FailedPoll, StartsTheStreamAllTheSameAndKeepsTheDocumentBefore) {
+  const struct {
+    const char* behaviour;
+    std::optional<CannedAnswer> answer;
+  } rows[] = {{"no connection", {}},
+              {"slower than five seconds", {{200, documentWith("late"), 5.1}}},
+              {"refused", {{400, documentWith("refused")}}},
+              {"no JSON", {{200, "<html>"}}},
+              {"array", {{200, "[]"}}},
+              {"bare scalar", {{200, "0"}}}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.behaviour);
+    Session session;
+    const auto failNext = [&] {
+      if (row.answer) session.server().answer(session.liveDocument, *row.answer);
+      if (!row.answer) session.server().fail(session.liveDocument, TransferError::couldNotConnect);
+    };
+    failNext();
+    session.server().answer(session.liveDocument, {200, documentWith("a")});
+    failNext();
+    session.open(Session::goodAnswer(true));
+    session.loop().advance(9.9);
+    session.metadata({"a,start"});
+    const std::string poll = "GET " + session.liveDocument;
+    EXPECT_EQ(session.happened(),
+              (Lines{"POST " + session.liveURL, "didInitializeStream stream-1", poll, loadMain}));
+    session.loop().advance(0.1);
+    session.metadata({"a,start"});
+    session.loop().advance(16);
+    session.metadata({"a,midpoint"});
+    EXPECT_EQ(session.happened(),
+              (Lines{poll, "adBreakDidStart break-1 (1 ads, 10 s)", "ping start a/impression",
+                     "ping start a/start", "adDidStart a", "ping creativeview a/creativeview", poll,
+                     "ping midpoint a/midpoint", "adDidCrossMidpoint a"}));
   }
-};
-
-TEST_P(FailedPoll, StartsTheStreamAllTheSameAndKeepsTheDocumentBefore) {
-  failNext();
-  server().answer(documentURL, {200, documentWith("a")});
-  failNext();
-  open(StreamInitAnswerBuilder::live());
-  loop().advance(9.9);
-  metadata({"a,start"});
-  EXPECT_EQ(happened(), (Lines{"POST " + liveURL, "didInitializeStream stream-1",
-                               "GET " + documentURL, loadMain}));
-  loop().advance(0.1);
-  metadata({"a,start"});
-  loop().advance(16);
-  metadata({"a,midpoint"});
-  EXPECT_EQ(happened(), (Lines{"GET " + documentURL, "adBreakDidStart break-1 (1 ads, 10 s)",
-                               "ping start a/impression", "ping start a/start", "adDidStart a",
-                               "ping creativeview a/creativeview", "GET " + documentURL,
-                               "ping midpoint a/midpoint", "adDidCrossMidpoint a"}));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , FailedPoll,
-    testing::Values(FailedPollCase{"NoConnection", TransferError::couldNotConnect, {}},
-                    FailedPollCase{"SlowerThanFiveSeconds", {}, {200, documentWith("late"), 5.1}},
-                    FailedPollCase{"Status400", {}, {400, documentWith("refused")}},
-                    FailedPollCase{"NotJSON", {}, {200, "<html>"}},
-                    FailedPollCase{"Empty", {}, {200, ""}},
-                    FailedPollCase{"Array", {}, {200, "[]"}},
-                    FailedPollCase{"BareScalar", {}, {200, "0"}}),
-    [](const auto& info) { return info.param.behaviour; });
-
-class LiveStreamMonitor : public SessionTest {
- protected:
-  /// What a hand-over test starts with: a break of two ads before the stream.
-  void openPreroll() {
-    auto answer = StreamInitAnswerBuilder::live();
-    answer.prerollManifest = "https://media.example/preroll.m3u8";
-    answer.subtitles = {{{.ttml = "t"}}};
-    auto info = StreamInfoBuilder::live();
-    open(answer, info.addBreak("pre", 0).addAd("p", 10).addAd("q", 10).build());
-    EXPECT_EQ(happened().back(), loadPreroll);
+TEST(DocumentRequest, IsSentAsOneselfPastEveryCacheForAtMostFiveSeconds) {
+  for (const bool live : {true, false}) {
+    Session session;
+    session.open(Session::goodAnswer(live));
+    const auto& request = session.server().requests().at(1).request;
+    EXPECT_EQ(request.header("User-Agent"), "XELtvOS/t.1.2.3 ExampleOS/6.7 com.example.player/4.5");
+    EXPECT_EQ(request.cachePolicy, HTTPRequest::CachePolicy::reloadIgnoringLocalCache);
+    EXPECT_EQ(request.timeout, std::chrono::seconds(5));
+    EXPECT_FALSE(request.trackingEvent);
   }
-  Lines loads() {
-    Lines loads = happened();
-    std::erase_if(loads, [](const std::string& line) { return !line.starts_with("load "); });
-    return loads;
-  }
-  const Lines loadMainWithSubtitles = {loadMain + R"( {"ttml":"t"})"};
-};
-
-TEST_F(LiveStreamMonitor, PollsAsItselfPastEveryCacheForAtMostFiveSeconds) {
-  openLive("{}");
-  const auto& request = server().requests().at(1).request;
-  EXPECT_EQ(request.header("User-Agent"), "XELtvOS/t.1.2.3 ExampleOS/6.7 com.example.player/4.5");
-  EXPECT_EQ(request.cachePolicy, HTTPRequest::CachePolicy::reloadIgnoringLocalCache);
-  EXPECT_EQ(request.timeout, std::chrono::seconds(5));
-  EXPECT_FALSE(request.trackingEvent);
 }
 
-TEST_F(LiveStreamMonitor, TakesTheDocumentThatArrivesLast) {
-  auto answer = StreamInitAnswerBuilder::live();
+TEST_F(LiveStreamMonitor, StartsAfterTheFirstAnswerAndTakesTheDocumentThatArrivesLast) {
+  auto answer = goodAnswer(true);
   answer.pollingFrequency = 1;
-  server().answer(documentURL, {200, documentWith("a"), 2.5});
-  server().answer(documentURL, {200, documentWith("b"), 0.2});
-  server().hang(documentURL);
+  server().answer(liveDocument, {200, documentWith("a"), 2.5});
+  server().answer(liveDocument, {200, documentWith("b"), 0.2});
+  server().hang(liveDocument);
   open(answer);
   loop().advance(1.1);
   EXPECT_TRUE(display->loads().empty());
@@ -138,45 +98,37 @@ TEST_F(LiveStreamMonitor, TakesTheDocumentThatArrivesLast) {
   loop().advance(0.2);
   metadata({"b,midpoint", "a,start"});
   EXPECT_EQ(host->events().back().line, "adDidStart a");
-  EXPECT_EQ(loads(), Lines{loadMain});
+  EXPECT_EQ(display->loads().size(), 1u);
 }
 
 TEST_F(LiveStreamMonitor, EndsTheBreakWhenTheDocumentHasLostTheCurrentAd) {
-  auto info = StreamInfoBuilder::live();
-  info.addBreak("mid", 0).addAd("a", 4).addAd("b", 4);
-  openLive(info.build());
-  server().answer(documentURL,
+  openLive(StreamInfoBuilder::live().addBreak("mid", 0).addAd("a", 4).addAd("b", 4).build());
+  server().answer(liveDocument,
                   {200, R"({"tags": {"a,complete": {"type": "COMPLETE", "ad": "a"}}})"});
   metadata({"a,start"});
   loop().advance(10);
   happened();
-  metadata({"a,midpoint"});
-  progress({1});
-  metadata({"a,complete", "a,complete"});
-  progress({2});
+  metadata({"a,midpoint", "a,complete", "a,complete"});
   EXPECT_EQ(happened(),
             (Lines{"ping complete a/complete", "adDidComplete a", "adBreakDidEnd mid"}));
 }
 
 TEST_F(LiveStreamMonitor, HearsOnlyTextsThatTheDocumentMarksExactly) {
   openLive(R"({"tags": {"no ad": {"type": "start"}, "no type": {"ad": "a"}, "odd": ["start", "a"],
-                        "empty": {"type": "", "ad": ""}, "wrong": {"type": 1, "ad": "a"},
-                        "unknown": {"type": "pause", "ad": "a"},
-                        "internal": {"type": "creativeview", "ad": "a"},
-                        "exact": {"type": "Start", "ad": "a"}},
-               "ads": {"a": {"vast": "<VAST><Ad></Ad></VAST>"}}})");
+      "empty": {"type": "", "ad": ""}, "wrong": {"type": 1, "ad": "a"},
+      "unknown": {"type": "pause", "ad": "a"}, "internal": {"type": "creativeview", "ad": "a"},
+      "exact": {"type": "Start", "ad": "a"}}, "ads": {"a": {"vast": "<VAST><Ad/></VAST>"}}})");
   happened();
   display->reportMetadata({});
   display->reportMetadata({{"TIT2", "exact"}, {"txxx", "exact"}});
-  metadata({"no ad", "no type", "odd", "empty", "wrong", "unknown", "internal", "Exact", "exact ",
-            " exact", ""});
+  metadata({"no ad", "no type", "odd", "empty", "wrong", "unknown", "internal", "Exact", "exact "});
   EXPECT_EQ(happened(), Lines());
   display->reportMetadata({{"TIT2", "other"}, {"TXXX", "exact"}});
   EXPECT_EQ(happened(), Lines{"adDidStart a"});
 }
 
 TEST_F(LiveStreamMonitor, PlaysWithoutAdsWhenThereIsNothingToPoll) {
-  auto answer = StreamInitAnswerBuilder::live();
+  auto answer = goodAnswer(true);
   answer.id3EventsURL.reset();
   open(answer);
   loop().advance(60);
@@ -185,44 +137,33 @@ TEST_F(LiveStreamMonitor, PlaysWithoutAdsWhenThereIsNothingToPoll) {
   expectedLog = {"Internal Error: No tracking pings for this stream."};
 }
 
-TEST_F(LiveStreamMonitor, HandsOverWhenTheLastAdOfThePrerollCompletes) {
-  openPreroll();
-  loop().advance(30);
-  metadata({"p,start", "p,complete", "q,start"});
-  EXPECT_EQ(loads(), Lines());
-  metadata({"q,complete"});
-  EXPECT_EQ(loads(), loadMainWithSubtitles);
-  metadata({"q,complete", "p,complete"});
-  EXPECT_EQ(loads(), Lines());
-}
-
-TEST_F(LiveStreamMonitor, HandsOverAtACompleteWithoutACurrentAd) {
-  openPreroll();
-  metadata({"p,midpoint", "p,complete"});
-  EXPECT_EQ(loads(), loadMainWithSubtitles);
-}
-
-TEST_F(LiveStreamMonitor, HandsOverAtACompleteAfterAnOverrunButNotAtTheOverrun) {
-  openPreroll();
-  metadata({"p,start", "p,complete", "q,start"});
-  progress({0, 12});
-  EXPECT_EQ(happened().back(), "adBreakDidEnd pre");
-  EXPECT_EQ(loads(), Lines());
-  metadata({"q,complete"});
-  EXPECT_EQ(loads(), loadMainWithSubtitles);
-}
-
-TEST_F(LiveStreamMonitor, StopsPollingWithItsManager) {
-  openLive("{}");
-  std::weak_ptr<XELVideoDisplayDelegate> monitor = display->delegate();
-  EXPECT_EQ(loop().timerCount(), 1u);
-  EXPECT_FALSE(monitor.expired());
-  manager.reset();
-  EXPECT_EQ(loop().timerCount(), 0u);
-  EXPECT_TRUE(monitor.expired());
-  happened();
-  loop().advance(100);
-  EXPECT_EQ(happened(), Lines());
+TEST(Preroll, IsFollowedByTheStreamOnceAndOnlyAtACompleteThatLeavesNoAd) {
+  const struct {
+    const char* behaviour;
+    std::vector<const char*> before;
+    std::vector<double> ticks;
+    const char* handOver;
+  } rows[] = {{"last ad", {"p,start", "p,complete", "q,start"}, {0, 10.9}, "q,complete"},
+              {"no current ad", {"p,midpoint"}, {0, 99}, "p,complete"},
+              {"after an overrun", {"p,start", "p,complete", "q,start"}, {0, 11}, "q,complete"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.behaviour);
+    Session session;
+    auto answer = Session::goodAnswer(true);
+    answer.prerollManifest = "https://media.example/preroll.m3u8";
+    session.open(answer, StreamInfoBuilder::live().addAd("p", 10).addAd("q", 10).build());
+    session.loop().advance(30);
+    session.metadata(row.before);
+    session.progress(row.ticks);
+    const auto& loads = session.display->loads();
+    ASSERT_EQ(loads.size(), 1u);
+    EXPECT_EQ(loads[0].url, answer.prerollManifest);
+    session.metadata({row.handOver});
+    ASSERT_EQ(loads.size(), 2u);
+    EXPECT_EQ(loads[1].url, answer.manifest);
+    session.metadata({"p,complete", "q,complete"});
+    EXPECT_EQ(loads.size(), 2u);
+  }
 }
 
 }  // namespace

@@ -16,12 +16,11 @@
 namespace xel::test {
 
 using namespace simulation;
-
 using Lines = std::vector<std::string>;
 
-/// A host application with its display and the ad server.
-class Session {
- public:
+/// A host application with its display and the ad server. A log line that the test does not expect
+/// fails it.
+struct Session {
   Session() {
     manager->setDelegate(host);
     host->onEvent = [this](const RecordingDelegate::Event& event) {
@@ -29,32 +28,27 @@ class Session {
       if (event.name != "didCountdownTo" || countdowns) journal_.push_back(event.line);
     };
   }
+  ~Session() { EXPECT_EQ(platform.log().lines(), expectedLog); }
 
-  static std::shared_ptr<XELLiveStreamRequest> liveRequest() {
-    return XELLiveStreamRequest::initWithAssetKey("asset");
-  }
-  static std::shared_ptr<XELVODStreamRequest> vodRequest() {
+  static std::shared_ptr<XELStreamRequest> request(bool live) {
+    if (live) return XELLiveStreamRequest::initWithAssetKey("asset");
     return XELVODStreamRequest::initWithContentSourceID_videoID("source", "video");
   }
+  static StreamInitAnswerBuilder goodAnswer(bool live) {
+    return live ? StreamInitAnswerBuilder::live() : StreamInitAnswerBuilder::vod();
+  }
+  const std::string& initURL(bool live) const { return live ? liveURL : vodURL; }
 
   /// Requests a stream of the answer's type, and goes as far as it goes at once.
   void open(const StreamInitAnswerBuilder& answer, std::optional<std::string> document = {}) {
     const bool live = answer.type == "live";
-    if (document) {
-      server().answer(*(live ? answer.id3EventsURL : answer.timeEventsURL), {200, *document});
-    }
-    server().answer(live ? liveURL : vodURL, {200, answer.build()});
-    if (live) {
-      manager->requestStream(liveRequest());
-    } else {
-      manager->requestStream(vodRequest());
-    }
+    if (document) server().answer(live ? liveDocument : vodDocument, {200, *document});
+    server().answer(initURL(live), {200, answer.build()});
+    manager->requestStream(request(live));
     loop().runUntilIdle();
   }
-  void openLive(std::string document) {
-    open(StreamInitAnswerBuilder::live(), std::move(document));
-  }
-  void openVOD(std::string document) { open(StreamInitAnswerBuilder::vod(), std::move(document)); }
+  void openLive(std::string document) { open(goodAnswer(true), std::move(document)); }
+  void openVOD(std::string document) { open(goodAnswer(false), std::move(document)); }
 
   void progress(const std::vector<double>& times) {
     for (const double time : times) display->reportProgress(time);
@@ -63,8 +57,8 @@ class Session {
     for (const char* text : texts) display->reportTXXX(text);
   }
 
-  /// Requests, loads and delegate calls since the last call of this, in order; but what was
-  /// requested and what was loaded between two delegate calls stand apart.
+  /// Requests, loads and delegate calls since the last call of this, in order; but of what happens
+  /// between two delegate calls, the loads come last.
   Lines happened() {
     catchUp();
     return std::exchange(journal_, {});
@@ -73,6 +67,8 @@ class Session {
   CannedAdServer& server() const { return platform.server(); }
   VirtualRunLoop& loop() const { return platform.loop(); }
 
+  const std::string liveDocument = "https://ads.example/live.json";
+  const std::string vodDocument = "https://ads.example/vod.json";
   SimulatedPlatform platform;
   const std::string liveURL = platform.liveInitURL("asset");
   const std::string vodURL = platform.vodInitURL("source", "video");
@@ -81,13 +77,13 @@ class Session {
   std::shared_ptr<XELStreamManager> manager = XELStreamManager::initWithVideoDisplay(display);
   /// Whether countdowns are among what happened.
   bool countdowns = false;
+  Lines expectedLog;
 
  private:
   static std::string describe(const HTTPRequest& request) {
     if (!request.trackingEvent) return request.method + " " + request.url;
-    const std::string base = "https://tracking.example/";
-    const bool ours = request.url.starts_with(base);
-    return "ping " + *request.trackingEvent + " " + request.url.substr(ours ? base.size() : 0);
+    return "ping " + *request.trackingEvent + " " +
+           request.url.substr(std::string("https://tracking.example/").size());
   }
 
   void catchUp() {
@@ -106,11 +102,6 @@ class Session {
   std::size_t loadsSeen_ = 0;
 };
 
-/// A log line that the test does not expect fails it.
-class SessionTest : public testing::Test, public Session {
- public:
-  void TearDown() override { EXPECT_EQ(platform.log().lines(), expectedLog); }
-  Lines expectedLog;
-};
+struct SessionTest : testing::Test, Session {};
 
 }  // namespace xel::test
