@@ -5,9 +5,10 @@
 namespace xel {
 namespace {
 
-/// The installed bundle; its members are null until one is installed.
+/// The installed bundle; its members are null until one is installed. Never destroyed: what is
+/// released while the process exits may still ask for it.
 Platform& installed() {
-  static Platform platform;
+  static Platform& platform = *new Platform;
   return platform;
 }
 
