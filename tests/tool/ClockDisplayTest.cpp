@@ -50,7 +50,7 @@ class Recorder final : public XELVideoDisplayDelegate, public ClockDisplayObserv
  private:
   void add(const std::string& line) {
     lines.push_back(line);
-    if (onLine) onLine(line);
+    if (const auto action = onLine) action(line);
   }
 };
 
@@ -185,8 +185,9 @@ struct SeekCase {
 class ClockDisplaySeek : public ClockDisplayTest, public testing::WithParamInterface<SeekCase> {};
 
 TEST_P(ClockDisplaySeek, Reports) {
-  server->answer(url,
-                 {200, vod(segment(1, "#XEL-TXXX:0.2,a\n#XEL-TXXX:0.45,b\n#XEL-TXXX:0.8,c\n"))});
+  server->answer(
+      url, {200, vod(segment(
+                     1, "#XEL-TXXX:0.2,a\n#XEL-TXXX:0.45,b\n#XEL-TXXX:0.8,c\n#XEL-TXXX:1,z\n"))});
   play({std::nullopt, GetParam().seeks, GetParam().duration});
   const auto all = reported();
   EXPECT_EQ(Lines(all.begin() + 2, all.end()), GetParam().expected);
@@ -198,27 +199,28 @@ INSTANTIATE_TEST_SUITE_P(
         SeekCase{"ForwardSkipsTextsBetween",
                  {{0.3, 0.7}},
                  {},
-                 {"0", "text a", "0.2", "0.7", "text c", "0.8", "1", "end"}},
+                 {"0", "text a", "0.2", "0.7", "text c", "0.8", "text z", "1", "end"}},
         SeekCase{"TextsBeforeAtAreStillDelivered",
                  {{0.5, 0.8}},
                  {},
-                 {"0", "text a", "0.2", "0.4", "text b", "text c", "0.8", "1", "end"}},
+                 {"0", "text a", "0.2", "0.4", "text b", "text c", "0.8", "text z", "1", "end"}},
         SeekCase{"BackwardDeliversTextsAgain",
                  {{0.6, 0.2}},
                  {},
                  {"0", "text a", "0.2", "0.4", "text b", "text a", "0.2", "0.4", "text b", "0.6",
-                  "text c", "0.8", "1", "end"}},
-        SeekCase{"FromTheFirstTick", {{0, 0.9}}, {}, {"0.9", "1", "end"}},
+                  "text c", "0.8", "text z", "1", "end"}},
+        SeekCase{"FromTheFirstTick", {{0, 0.9}}, {}, {"0.9", "text z", "1", "end"}},
         SeekCase{"InOrderEachOnceAndNeverAtTheTarget",
                  {{0.4, 0.6}, {0.1, 0.3}},
                  {},
-                 {"0", "text a", "0.2", "0.6", "0.3", "0.4", "text b", "0.6", "text c", "0.8", "1",
-                  "end"}},
-        SeekCase{"BeyondTheEndGoesToTheEnd", {{0.2, 7}}, {}, {"0", "1", "end"}},
-        SeekCase{"NotReached",
-                 {{1.1, 0}},
-                 {},
-                 {"0", "text a", "0.2", "0.4", "text b", "0.6", "text c", "0.8", "1", "end"}},
+                 {"0", "text a", "0.2", "0.6", "0.3", "0.4", "text b", "0.6", "text c", "0.8",
+                  "text z", "1", "end"}},
+        SeekCase{"BeyondTheEndGoesToTheEnd", {{0.2, 7}}, {}, {"0", "text z", "1", "end"}},
+        SeekCase{
+            "NotReached",
+            {{1.1, 0}},
+            {},
+            {"0", "text a", "0.2", "0.4", "text b", "0.6", "text c", "0.8", "text z", "1", "end"}},
         SeekCase{"DurationIsReportedToo", {}, 0.4, {"0", "text a", "0.2", "0.4", "end"}},
         SeekCase{
             "DurationDoesNotCountJumps", {{0.2, 0.6}}, 0.4, {"0", "0.6", "text c", "0.8", "end"}},
@@ -227,6 +229,21 @@ INSTANTIATE_TEST_SUITE_P(
                  0.6,
                  {"0", "text a", "0.2", "0", "text a", "0.2", "end"}}),
     [](const auto& param) { return param.param.behaviour; });
+
+TEST_F(ClockDisplayTest, SeekingTakesNoTimeAndDoesNotChangeHowOftenLiveIsFetched) {
+  server->answer(url, {200, live(0, segment(3))});
+  play({1.0, {{1.4, 0.4}}, 2.0});
+  loop->advance(1.3);
+  reported();
+  loop->advance(0.15);
+  EXPECT_EQ(reported(), Lines{"0.4"});
+  loop->advance(0.2);
+  EXPECT_EQ(reported(), Lines{"0.6"});
+  EXPECT_EQ(server->requests().size(), 2u);
+  loop->advance(5);
+  EXPECT_EQ(reported(), (Lines{"0.8", "1", "end"}));
+  EXPECT_EQ(server->requests().size(), 3u);
+}
 
 TEST_F(ClockDisplayTest, LiveSeekWaitsUntilItsTargetIsKnown) {
   server->answer(url, {200, live(0, segment(1))});
@@ -250,6 +267,28 @@ TEST_F(ClockDisplayTest, AnotherStreamBeginsAtOnceAndPlayedTimeGoesOn) {
   play(settings);
   EXPECT_EQ(reported(), (Lines{std::string("load ") + url, "ready", "0", "0.2", "text complete",
                                "load " + main, "ready", "0", "0.2", "0.4", "end"}));
+}
+
+TEST_F(ClockDisplayTest, NothingIsHeardOfAStreamThatWasReplacedBeforeItPlayed) {
+  const std::string main = "https://h.example/main.m3u8";
+  server->answer(url, {200, vod(segment(5)), 0.5});
+  server->answer(main, {200, vod(segment(0.2)), 0.2});
+  play({1.0, {}, {}});
+  display->loadURL_withSubtitles(main, {});
+  loop->advance(5);
+  const Lines played = {"load " + main, "ready", "0", "0.2", "end"};
+  EXPECT_EQ(Lines(recorder->lines.begin() + 1, recorder->lines.end()), played);
+
+  reported();
+  recorder->onLine = [&](const std::string& line) {
+    if (line != "ready") return;
+    recorder->onLine = nullptr;
+    display->loadURL_withSubtitles(main, {});
+  };
+  display->loadURL_withSubtitles(url, {});
+  loop->advance(5);
+  EXPECT_EQ(Lines(recorder->lines.begin() + 2, recorder->lines.end()), played);
+  EXPECT_EQ(server->requests().size(), 4u);
 }
 
 TEST_F(ClockDisplayTest, MayBeLetGoOfInAnyReport) {
