@@ -1,9 +1,9 @@
 // A host application's test: one on-demand session with one ad, on the simulation kit.
-#include <xel/simulation/simulation.h>
-#include <xel/xel.h>
-
 #include <algorithm>
 #include <iostream>
+
+#include <xel/simulation/simulation.h>
+#include <xel/xel.h>
 
 int main() {
   using namespace xel::simulation;
