@@ -1,5 +1,4 @@
-#include <cstdint>
-#include <limits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -14,49 +13,39 @@ TEST(Text, FillsEachPlaceholderOnceAndLeavesWhatWasFilledInAlone) {
   EXPECT_EQ(fillTemplate("none", {"one"}), "none");
 }
 
-TEST(Text, TrimsBlanksTabsAndLineEndsAtTheEndsOnly) {
+TEST(Text, TrimsAtTheEndsAndLowersASCIIOnly) {
   EXPECT_EQ(trimmed(" \t\r\n\v\fa b\n "), "a b");
   EXPECT_EQ(trimmed(" \n "), "");
-  EXPECT_EQ(trimmed(""), "");
+  EXPECT_EQ(lowercased("AZ@[az\xC3\x84"), "az@[az\xC3\x84");
 }
 
-TEST(Text, LowersASCIILettersOnly) { EXPECT_EQ(lowercased("AZ@[az\xC3\x84"), "az@[az\xC3\x84"); }
-
 TEST(Text, ReadsTheIntegerThatATextBeginsWith) {
-  using Limits = std::numeric_limits<std::int64_t>;
-  const struct {
-    const char* text;
-    std::int64_t value;
-  } cases[] = {
-      {"300", 300},
-      {"+7px", 7},
-      {"-12.9", -12},
-      {"007", 7},
-      {"", 0},
-      {"px300", 0},
-      {"+", 0},
-      {"-", 0},
-      {"+-5", 0},
-      {"++5", 0},
-      {"--5", 0},
-      {"9223372036854775807", Limits::max()},
-      {"0x10", 0},
-      {"1e3", 1},
-      {"+9223372036854775808", Limits::max()},
-      {"-9223372036854775809", Limits::min()},
-      {"99999999999999999999x", Limits::max()},
-  };
+  constexpr std::pair<const char*, std::int64_t> cases[] = {{"300", 300},
+                                                            {"+7px", 7},
+                                                            {"-12.9", -12},
+                                                            {"007", 7},
+                                                            {"1e3", 1},
+                                                            {"", 0},
+                                                            {"px1", 0},
+                                                            {"+", 0},
+                                                            {"-", 0},
+                                                            {"+-5", 0},
+                                                            {"++5", 0},
+                                                            {"--5", 0},
+                                                            {"9223372036854775807", INT64_MAX},
+                                                            {"+9223372036854775808", INT64_MAX},
+                                                            {"-99999999999999999999x", INT64_MIN}};
   for (const auto& [text, value] : cases) EXPECT_EQ(leadingInteger(text), value) << text;
 }
 
 TEST(Text, TellsUTF8FromOtherBytes) {
-  for (const char* good : {"", "a", "\x7F", "\xC2\x80", "\xE0\xA0\x80", "\xED\x9F\xBF",
-                           "\xEE\x80\x80", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "caf\xC3\xA9"}) {
+  for (const char* good : {"", "a\x7F", "\xC2\x80", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80",
+                           "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
     EXPECT_TRUE(isUTF8(good)) << good;
   }
   for (const char* bad :
-       {"\x80", "\xC1\xBF", "\xC3", "\xC3\x28", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xE2\x82",
-        "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "a\xE2\x82\x28"}) {
+       {"\x80", "\xC1\xBF", "\xC3", "\xC3\x28", "\xE0\x9F\xBF", "\xED\xA0\x80", "a\xE2\x82",
+        "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
     EXPECT_FALSE(isUTF8(bad)) << bad;
   }
 }

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -6,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/XMLReader.h"
-#include "support/PlatformTest.h"
 #include "support/XMLTrace.h"
 
 namespace xel::test {
@@ -14,122 +12,94 @@ namespace {
 
 using Events = std::vector<std::string>;
 
-struct ChunkCase {
-  const char* behaviour;
-  std::string content;
-  Events expected;
-};
-class XMLChunks : public testing::TestWithParam<ChunkCase> {};
-
-TEST_P(XMLChunks, AreRunsReferencesAndSections) {
-  const XMLRun run("<t>" + GetParam().content + "</t>");
-  Events expected{"<t"};
-  expected.insert(expected.end(), GetParam().expected.begin(), GetParam().expected.end());
-  expected.push_back("/t");
-  EXPECT_EQ(run.events, expected);
-  EXPECT_TRUE(run.wellFormed);
+TEST(XMLReader, ReportsRunsReferencesAndSectionsAsChunksOfTheirOwn) {
+  const std::string line = std::string(299, 'x') + "é\n" + std::string(500, ' ');
+  std::string lines;
+  while (lines.size() < 200000) lines += line;
+  const struct {
+    std::string content;
+    Events expected;
+  } cases[] = {
+      {" two\n lines\t", {"' two\n lines\t'"}},
+      {"café au lait 😀!", {"'café au lait 😀!'"}},
+      {line, {"'" + line + "'"}},
+      {lines + "&amp;" + line + "&#9;", {"'" + lines + "'", "'&'", "'" + line + "'", "'\t'"}},
+      {"a&amp;b", {"'a'", "'&'", "'b'"}},
+      {"&lt;&gt;&quot;&#38;&#xE9;&#13;", {"'<'", "'>'", "'\"'", "'&'", "'é'", "'\r'"}},
+      {"&amp;amp;&#38;lt;", {"'&'", "'amp;'", "'&'", "'lt;'"}},
+      {"\n <![CDATA[a&amp;<b>]]]>\n", {"'\n '", "[a&amp;<b>]]", "'\n'"}},
+      {"a<![CDATA[b]]><![CDATA[]]>c", {"'a'", "[b]", "[]", "'c'"}},
+      {"<![CDATA[" + lines + "]]>x", {"[" + lines + "]", "'x'"}},
+      {"a<!-- b & c -->d<!---->e<?f?>g<?h?>", {"'a'", "'d'", "'e'", "'g'"}},
+      {"a<b/>c<b >é</b >d", {"'a'", "<b", "/b", "'c'", "<b", "'é'", "/b", "'d'"}},
+      {"a\r\nb\rc\r\r\nd<![CDATA[\r\n]]>", {"'a\nb\nc\n\nd'", "[\n]"}}};
+  for (auto [content, expected] : cases) {
+    const XMLRun run("<t>" + content + "</t>");
+    expected.insert(expected.begin(), "<t");
+    expected.push_back("/t");
+    EXPECT_EQ(run.events, expected);
+    EXPECT_TRUE(run.wellFormed) << content;
+  }
 }
-
-const std::string longLine = std::string(299, 'x') + "\xC3\xA9\n" + std::string(500, ' ');
-std::string manyLines() {
-  std::string text;
-  while (text.size() < 200000) text += longLine;
-  return text;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , XMLChunks,
-    testing::Values(
-        ChunkCase{"PlainRun", " two\n lines\t", {"' two\n lines\t'"}},
-        ChunkCase{"NonASCII",
-                  "caf\xC3\xA9 au lait \xF0\x9F\x98\x80!",
-                  {"'caf\xC3\xA9 au lait \xF0\x9F\x98\x80!'"}},
-        ChunkCase{"LongRun", longLine, {"'" + longLine + "'"}},
-        ChunkCase{"RunOf200000Bytes", manyLines(), {"'" + manyLines() + "'"}},
-        ChunkCase{"EntityReference", "a&amp;b", {"'a'", "'&'", "'b'"}},
-        ChunkCase{"References",
-                  "&lt;&gt;&quot;&apos;&#38;&#x26;&#xE9;&#13;x",
-                  {"'<'", "'>'", "'\"'", "'''", "'&'", "'&'", "'\xC3\xA9'", "'\r'", "'x'"}},
-        ChunkCase{"EscapedReference", "&amp;amp;&#38;lt;", {"'&'", "'amp;'", "'&'", "'lt;'"}},
-        ChunkCase{"LongRunsAroundReferences",
-                  longLine + "&amp;" + manyLines() + "&#9;",
-                  {"'" + longLine + "'", "'&'", "'" + manyLines() + "'", "'\t'"}},
-        ChunkCase{"CDATA", "<![CDATA[a&amp;<b>\n]]]>", {"[a&amp;<b>\n]]"}},
-        ChunkCase{"CDATAApart", "a<![CDATA[b]]><![CDATA[]]>c", {"'a'", "[b]", "[]", "'c'"}},
-        ChunkCase{"PrettyPrintedCDATA", "\n  <![CDATA[u]]>\n", {"'\n  '", "[u]", "'\n'"}},
-        ChunkCase{
-            "LongCDATA", "<![CDATA[" + manyLines() + "]]>x", {"[" + manyLines() + "]", "'x'"}},
-        ChunkCase{"CommentBetween", "a<!-- b & c -->d<!---->e", {"'a'", "'d'", "'e'"}},
-        ChunkCase{"InstructionBetween", "a<?b c?>d<?e?>", {"'a'", "'d'"}},
-        ChunkCase{"ElementsBetween",
-                  "a<b/>c<b >\xC3\xA9</b >d",
-                  {"'a'", "<b", "/b", "'c'", "<b", "'\xC3\xA9'", "/b", "'d'"}},
-        ChunkCase{"LineEnds", "a\r\nb\rc\r\r\nd<![CDATA[\r\n]]>", {"'a\nb\nc\n\nd'", "[\n]"}}),
-    behaviourName);
 
 TEST(XMLReader, ReportsAttributesWithReferencesResolved) {
-  EXPECT_EQ(XMLRun("<v:x.y-z a='1&amp;2&#38;3' b=\"\" c = '\xC3\xA9&lt;&quot;\n' D=''/>").events,
-            (Events{"<v:x.y-z a=\"1&2&3\" b=\"\" c=\"\xC3\xA9<\" \"", "/v:x.y-z"}));
+  EXPECT_EQ(XMLRun("<v:x.y-z a='1&amp;2&#38;3' b=\"\" c = 'é&lt;&quot;\n' D=''/>").events,
+            (Events{"<v:x.y-z a=\"1&2&3\" b=\"\" c=\"é<\" \"", "/v:x.y-z"}));
 }
 
 TEST(XMLReader, TakesTheTextForUTF8WhateverItDeclares) {
   for (const char* prolog :
-       {"", "\xEF\xBB\xBF", "<?xml version='1.0' encoding='UTF-16'?>\n",
-        "\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xC3\xA9 -->",
-        "\n\n<!DOCTYPE t><?pi?>\n"}) {
-    const XMLRun run(prolog + std::string("<t>\xC3\xA9 \xE6\xBC\xA2</t>\n<!-- end -->\n"));
-    EXPECT_EQ(run.events, (Events{"<t", "'\xC3\xA9 \xE6\xBC\xA2'", "/t"})) << prolog;
+       {"", "\xEF\xBB\xBF", "<?xml version='1.0' encoding='UTF-16'?>\n", "\n\n<!DOCTYPE t><?p?>\n",
+        "\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?><!-- é -->"}) {
+    const XMLRun run(prolog + std::string("<t>é 漢</t>\n<!-- end -->\n"));
+    EXPECT_EQ(run.events, (Events{"<t", "'é 漢'", "/t"})) << prolog;
     EXPECT_TRUE(run.wellFormed) << prolog;
   }
 }
 
-/// Does something inside one of its own events.
+/// Does something inside its first event.
 class Acting : public XMLTrace {
  public:
-  std::function<void(XMLReader&)> onStart;
-  void parser_didStartElement_namespaceURI_qualifiedName_attributes(
-      XMLReader& reader, std::string_view name, std::string_view uri, std::string_view qualified,
-      const XMLAttributes& attributes) override {
-    XMLTrace::parser_didStartElement_namespaceURI_qualifiedName_attributes(reader, name, uri,
-                                                                           qualified, attributes);
-    if (onStart) onStart(reader);
-    events.push_back("after");  // Touches this object, dropped or not.
+  std::function<void(XMLReader&)> act;
+  void parser_didStartElement_namespaceURI_qualifiedName_attributes(XMLReader& reader,
+                                                                    std::string_view,
+                                                                    std::string_view,
+                                                                    std::string_view,
+                                                                    const XMLAttributes&) override {
+    act(reader);
+    events.push_back("still here");
   }
 };
 
-TEST(XMLReader, TheVeryNextEventGoesToTheNewDelegate) {
+TEST(XMLReader, TheVeryNextEventGoesToTheNewDelegateAndTheOldOneMayBeDropped) {
   auto first = std::make_shared<Acting>();
   const std::weak_ptr<Acting> watched = first;
-  auto second = std::make_shared<XMLTrace>();
-  first->onStart = [&](XMLReader& reader) {
-    reader.setDelegate({});
-    reader.setDelegate(second);
-    EXPECT_EQ(first->events, Events{"<t"});
+  const auto second = std::make_shared<XMLTrace>();
+  auto reader = XMLReader::initWithData("<t>a<b/></t>");
+  first->act = [&](XMLReader& running) {
+    running.setDelegate({});
+    running.setDelegate(second);
     first.reset();
+    reader.reset();
   };
-  const auto reader = XMLReader::initWithData("<t>a<b/></t>");
   reader->setDelegate(first);
   EXPECT_TRUE(reader->parse());
   EXPECT_EQ(second->events, (Events{"'a'", "<b", "/b", "/t"}));
   EXPECT_TRUE(watched.expired());
 }
 
-TEST(XMLReader, DropsEventsWhileItHasNoDelegateAndKeepsItselfAlive) {
-  auto acting = std::make_shared<Acting>();
-  auto reader = XMLReader::initWithData("<t>a<b>c</b></t>");
-  acting->onStart = [&](XMLReader& running) {
-    running.setDelegate({});
-    reader.reset();
-  };
+TEST(XMLReader, DropsEventsWhileItHasNoDelegate) {
+  const auto acting = std::make_shared<Acting>();
+  acting->act = [](XMLReader& reader) { reader.setDelegate({}); };
+  const auto reader = XMLReader::initWithData("<t>a<b>c</b></t>");
   reader->setDelegate(acting);
   EXPECT_TRUE(reader->parse());
-  EXPECT_EQ(acting->events, (Events{"<t", "after"}));
+  EXPECT_EQ(acting->events, Events{"still here"});
 }
 
-std::string nested(int depth) {
-  std::string text;
-  for (int i = 0; i < depth; ++i) text += "<e>";
-  for (int i = 0; i < depth; ++i) text += "</e>";
+std::string nested(std::size_t depth, const std::string& innermost = "") {
+  std::string text = innermost;
+  for (std::size_t i = 0; i < depth; ++i) text = "<e>" + text + "</e>";
   return text;
 }
 
@@ -140,86 +110,69 @@ std::string withAttributes(int count) {
 }
 
 TEST(XMLReader, TakesWhatIsOverALimitForNotWellFormedThere) {
-  const Events before{"<t", "<b", "/b"};
   const struct {
     const char* limit;
-    std::string document;
+    std::string content;
     bool wellFormed;
     std::size_t events;
   } cases[] = {
-      {"256 levels", "<t><b/>" + nested(255) + "</t>", true, 3 + 510 + 1},
-      {"257 levels", "<t><b/>" + nested(256) + "</t>", false, 3 + 255},
-      {"very deep", "<t><b/>" + nested(100000), false, 3 + 255},
-      {"empty element on level 257", "<t><b/>" + nested(255).insert(765, "<e/>") + "</t>", false,
-       3 + 255},
-      {"256 attributes", "<t><b/>" + withAttributes(256) + "</t>", true, 3 + 3},
-      {"257 attributes", "<t><b/>" + withAttributes(257) + "</t>", false, 3},
-      {"100,000 attributes", "<t><b/>" + withAttributes(100000) + "</t>", false, 3},
-      {"no attributes",
-       "<t><b/><!--" + withAttributes(300) + "--><?x " + withAttributes(300) + "?></t>", true, 4},
-      {"more bytes", "<t><b/>" + std::string(XMLReader::maxBytes, ' ') + "</t>", false, 3},
-  };
-  for (const auto& each : cases) {
-    const XMLRun run(each.document);
-    EXPECT_EQ(run.wellFormed, each.wellFormed) << each.limit;
-    EXPECT_EQ(run.events.size(), each.events) << each.limit;
-    ASSERT_GE(run.events.size(), before.size()) << each.limit;
-    EXPECT_EQ(Events(run.events.begin(), run.events.begin() + 3), before) << each.limit;
+      {"256 levels", nested(255), true, 510 + 1},
+      {"257 levels", nested(256), false, 255},
+      {"empty element on level 257", nested(255, "<e/>"), false, 255},
+      {"very deep", nested(10000), false, 255},
+      {"256 attributes", withAttributes(256), true, 2 + 1},
+      {"257 attributes", withAttributes(257), false, 0},
+      {"100,000 attributes", withAttributes(100000), false, 0},
+      {"no tags", "<!--" + withAttributes(300) + "--><?x " + withAttributes(300) + "?>", true, 1},
+      {"more bytes", std::string(XMLReader::maxBytes, ' '), false, 0}};
+  for (const auto& [limit, content, wellFormed, events] : cases) {
+    const XMLRun run("<t><b/>" + content + "</t>");
+    EXPECT_EQ(run.wellFormed, wellFormed) << limit;
+    ASSERT_EQ(run.events.size(), 3 + events) << limit;
+    EXPECT_EQ(Events(run.events.begin(), run.events.begin() + 3), (Events{"<t", "<b", "/b"}));
   }
 }
 
 TEST(XMLReader, ExpandsNoDeclaredEntityAndReadsNothingElse) {
-  const auto file = std::filesystem::temp_directory_path() / "xel-xml-reader-secret.txt";
-  std::ofstream(file) << "secret";
+  const auto file = std::filesystem::temp_directory_path() / "xel-xml-reader-test.txt";
+  std::ofstream(file) << "<!ENTITY e 'secret'>";
+  const std::string system = " SYSTEM 'file://" + file.string() + "'";
   std::string bomb = "<!DOCTYPE t [<!ENTITY a0 'ha'>";
   for (int i = 1; i < 20; ++i) {
-    const std::string earlier = "&a" + std::to_string(i - 1) + ";";
     bomb += "<!ENTITY a" + std::to_string(i) + " '";
-    for (int k = 0; k < 10; ++k) bomb += earlier;
+    for (int k = 0; k < 10; ++k) bomb += "&a" + std::to_string(i - 1) + ";";
     bomb += "'>";
   }
-  const std::string system = " SYSTEM 'file://" + file.string() + "'";
-  const struct {
-    const char* kind;
-    std::string document;
-    Events expected;
-  } cases[] = {
-      {"bomb", bomb + "]><t><b/>&a19;</t>", {"<t", "<b", "/b"}},
-      {"bomb in attribute", bomb + "]><t><b/><b a='&a19;'/></t>", {"<t", "<b", "/b"}},
-      {"declared", "<!DOCTYPE t [<!ENTITY e 'x'>]><t>a&e;b</t>", {"<t"}},
-      {"external", "<!DOCTYPE t [<!ENTITY e" + system + ">]><t>&e;</t>", {"<t"}},
-      {"undeclared", "<t>a&nbsp;b</t>", {"<t"}},
-      {"external subset",
-       "<!DOCTYPE t" + system + "><t>a&e;b\xC3\xA9&amp;<b/>\xC3\xA9</t>",
-       {"<t", "'a'", "'b\xC3\xA9'", "'&'", "<b", "/b", "'\xC3\xA9'", "/t"}},
-      {"parameter entity", "<!DOCTYPE t [<!ENTITY % p" + system + "> %p;]><t>&e;</t>", {}},
-  };
-  for (const auto& [kind, document, expected] : cases) {
-    EXPECT_EQ(XMLRun(document).events, expected) << kind;
+  const std::pair<std::string, Events> cases[] = {
+      {bomb + "]><t><b/>&a19;</t>", {"<t", "<b", "/b"}},
+      {bomb + "]><t><b a='&a19;'/></t>", {"<t"}},
+      {"<!DOCTYPE t [<!ENTITY e 'x'>]><t>a<b/>&e;b</t>", {"<t", "'a'", "<b", "/b"}},
+      {"<!DOCTYPE t [<!ENTITY e" + system + ">]><t>&e;</t>", {"<t"}},
+      {"<!DOCTYPE t [<!ENTITY % p" + system + "> %p;]><t>&e;</t>", {}},
+      {"<t>a<b/>&nbsp;b</t>", {"<t", "'a'", "<b", "/b"}},
+      {"<!DOCTYPE t" + system + "><t>a&e;bé&amp;<b a='&e;'/>é</t>",
+       {"<t", "'a'", "'bé'", "'&'", "<b a=\"\"", "/b", "'é'", "/t"}}};
+  for (const auto& [document, expected] : cases) {
+    EXPECT_EQ(XMLRun(document).events, expected) << document;
   }
   std::filesystem::remove(file);
 }
 
 TEST(XMLReader, StopsAtTheFirstError) {
-  const struct {
-    std::string document;
-    Events expected;
-  } cases[] = {
+  const std::pair<std::string, Events> cases[] = {
       {"", {}},
       {"text", {}},
-      {"<t>a</u><v/>", {"<t"}},
-      {"<t>a & b</t>", {"<t"}},
+      {"<t></u><v/>", {"<t"}},
+      {"<t><b/>a & b</t>", {"<t", "<b", "/b"}},
       {"<t><b/><b a=1/></t>", {"<t", "<b", "/b"}},
       {"<t><b a='' a=''/></t>", {"<t"}},
       {"<t/><t/>", {"<t", "/t"}},
-      {std::string("<t><b/>a\0b</t>", 14), {"<t", "<b", "/b"}},
-      {std::string("<\0t\0>\0", 6), {}},
+      {std::string("<t><b/>\0</t>", 12), {"<t", "<b", "/b"}},
       {std::string("\xFF\xFE<\0t\0/\0>\0", 10), {}},
+      {std::string("<\0?\0t\0?\0>\0<\0t\0/\0>\0", 18), {}},
       {"<t><b/>\xFF</t>", {"<t", "<b", "/b"}},
-      {"<t><b/>\xC3</t>", {"<t", "<b", "/b"}},
       {"<t><b a='\xED\xA0\x80'/></t>", {"<t"}},
-      {"<t>\x01</t>", {"<t"}},
-  };
+      {"<t>\x01</t>", {"<t"}}};
   for (const auto& [document, expected] : cases) {
     const XMLRun run(document);
     EXPECT_FALSE(run.wellFormed) << document;
@@ -229,21 +182,14 @@ TEST(XMLReader, StopsAtTheFirstError) {
 
 TEST(XMLReader, ADocumentCutAnywhereReportsNothingThatTheWholeDoesNot) {
   const std::string document =
-      "<?xml version='1.0'?><!--c--><t "
-      "a='&#x41;'>caf\xC3\xA9\r\n&amp;<b><![CDATA[d]]></b><?p?>e</t>";
-  const XMLRun whole(document);
-  ASSERT_TRUE(whole.wellFormed);
+      "<?xml version='1.0'?><t>café\r\n&amp;<b><![CDATA[d]]></b><?p?>e</t>";
+  const Events whole = XMLRun(document).events;
+  ASSERT_EQ(whole.back(), "/t");
   for (std::size_t length = 0; length < document.size(); ++length) {
     const XMLRun cut(document.substr(0, length));
     EXPECT_FALSE(cut.wellFormed) << length;
-    ASSERT_LT(cut.events.size(), whole.events.size()) << length;
-    for (std::size_t i = 0; i < cut.events.size(); ++i) {
-      // The last text may have been cut, too.
-      const std::string& event = cut.events[i];
-      const bool last = i + 1 == cut.events.size();
-      const auto same = last && event[0] == '\'' ? event.substr(0, event.size() - 1) : event;
-      EXPECT_TRUE(whole.events[i].starts_with(same)) << length << " " << event;
-    }
+    ASSERT_LT(cut.events.size(), whole.size()) << length;
+    EXPECT_TRUE(std::equal(cut.events.begin(), cut.events.end(), whole.begin())) << length;
   }
 }
 
