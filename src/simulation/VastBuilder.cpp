@@ -129,7 +129,8 @@ std::string VastBuilder::build() const {
   for (const Ad& ad : ads_) {
     xml += "<Ad" + attribute("id", ad.id) + "><InLine>";
     for (const auto& [element, text] : ad.texts) {
-      xml.append("<" + element + ">" + cdata(text) + "</" + element + ">");
+      xml.append("<").append(element).append(">").append(cdata(text));
+      xml.append("</").append(element).append(">");
     }
     xml += trackingEvents(ad.tracking) + creatives(ad) + "</InLine></Ad>";
   }

@@ -99,6 +99,9 @@ TEST(ServedStream, AGivenDocumentGetsAStreamToFit) {
   const auto playlist = parsed(live.fetchPlaylist());
   EXPECT_EQ(playlist.segments[0].texts[0].value, "second");
   EXPECT_EQ(playlist.segments[1].texts[0].value, "first");
+  std::size_t fetches = 1;
+  while (!parsed(live.fetchPlaylist()).isFinished) ++fetches;
+  EXPECT_EQ(fetches, 3u) << "twelve seconds: the tags and a tail";
 }
 
 }  // namespace

@@ -54,7 +54,8 @@ PlaylistWriter livePlaylistFor(const JSONValue& streamInfo) {
   streamInfo["tags"].forEachMember([&](std::string_view name, const JSONValue&) {
     texts.push_back({static_cast<double>(texts.size()) + 1, std::string(name)});
   });
-  return withTail(static_cast<double>(texts.size()), std::move(texts));
+  const auto last = static_cast<double>(texts.size());
+  return withTail(last, std::move(texts));
 }
 
 }  // namespace xel::serve
