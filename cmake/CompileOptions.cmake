@@ -16,7 +16,7 @@ target_compile_options(xel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow
 # GCC 12 sees overlaps and overflows in the copies that std::string makes (GCC bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(xel_options INTERFACE -Wno-restrict -Wno-array-bounds
-                         -Wno-stringop-overflow)
+                         -Wno-stringop-overflow -Wno-stringop-overread)
 endif()
 if(XEL_SANITIZE)
   target_compile_options(xel_options INTERFACE -fsanitize=${XEL_SANITIZE} -fno-omit-frame-pointer
