@@ -20,25 +20,6 @@ TEST(XELAd, FilesURLsInOrderUnderTheExactEvent) {
   EXPECT_EQ(snapshot.at("complete"), Texts{"c"});
 }
 
-TEST(XELAd, AppendsCreativesAndCompanionsAndHoldsOnlyThem) {
-  const auto ad = XELAd::initPrivate();
-  const auto one = XELCreative::init(), two = XELCreative::init(), three = XELCreative::init();
-  const auto left = XELCompanion::initPrivate(), right = XELCompanion::initPrivate();
-  ad->setCreatives({one});
-  ad->addCreatives({});
-  ad->addCreatives({three, two});
-  ad->addCompanions({left});
-  ad->addCompanions({right});
-  EXPECT_EQ(ad->creatives(), (std::vector{one, three, two}));
-  EXPECT_EQ(ad->companions(), (std::vector{left, right}));
-
-  EXPECT_EQ(ad->selectedCreative(), nullptr);
-  ad->setSelectedCreative(one);
-  EXPECT_EQ(ad->selectedCreative(), one);
-  ad->setSelectedCreative(XELCreative::init());
-  EXPECT_EQ(ad->selectedCreative(), nullptr);
-}
-
 TEST(XELCuepoint, IsEqualOnlyWithTheSameSpanAndFlag) {
   const auto make = XELCuepoint::initWithStartTime_endTime;
   const auto cuepoint = make(10, 40);

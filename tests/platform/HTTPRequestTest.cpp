@@ -1,3 +1,5 @@
+#include <map>
+
 #include <gtest/gtest.h>
 
 #include "xel/platform/HTTPClient.h"
@@ -14,36 +16,27 @@ HTTPRequest withHeader(std::string name, std::string value) {
 }
 
 TEST(HTTPRequest, NamesWhatMustNotBeSent) {
-  const struct {
-    HTTPRequest request;
-    const char* reason;  // The beginning of it; empty when the request may be sent.
-  } cases[] = {{withURL("HTTP://h"), ""},
-               {withURL("https://h/[A]?[B]"), ""},
-               {withURL(""), "The URL is empty"},
-               {withURL("not a url"), "The URL is not valid"},
-               {withURL("https://h/\r\nX: y"), "The URL is not valid"},
-               {withURL("https://h/\xC3\xA9"), "The URL is not valid"},
-               {withURL("h.example/p"), "The URL is neither"},
-               {withURL("file:///etc/passwd"), "The URL is neither"},
-               {withURL("ftp://h/"), "The URL is neither"},
-               {withURL("https:///p"), "The URL names no host"},
-               {withURL("https:p"), "The URL names no host"},
-               {withHeader("X-a1", "caf\xC3\xA9\t\"x\""), ""},
-               {withHeader("X", ""), ""},
-               {withHeader("X", "a\nEvil: 1"), "The header X holds a control"},
-               {withHeader("X", "a\r"), "The header X holds a control"},
-               {withHeader("X", std::string(1, '\0')), "The header X holds a control"},
-               {withHeader("X", "\x7F"), "The header X holds a control"},
-               {withHeader("", "a"), "The name of a header"},
-               {withHeader("X: y", "a"), "The name of a header"},
-               {withHeader("X\r\nY", "a"), "The name of a header"},
-               {withMethod("POST"), ""},
-               {withMethod(""), "The method"},
-               {withMethod("GET / HTTP/1.1\r\n"), "The method"}};
-  for (const auto& [request, reason] : cases) {
-    const std::string refusal = request.refusal().value_or("");
-    EXPECT_EQ(refusal.empty(), std::string(reason).empty()) << refusal << reason;
-    EXPECT_TRUE(refusal.starts_with(reason)) << refusal << reason;
+  std::map<std::string, std::vector<HTTPRequest>> refused;  // By the beginning of the reason.
+  refused["The URL is empty"] = {withURL("")};
+  refused["The URL is neither"] = {withURL("h.example/p"), withURL("file:///p"),
+                                   withURL("ftp://h")};
+  refused["The URL is not valid"] = {withURL("no url"), withURL("https://h/\r\nX: y"),
+                                     withURL("https://h/é")};
+  refused["The URL names no host"] = {withURL("https:///p"), withURL("https:p")};
+  refused["The header X holds"] = {withHeader("X", "a\nEvil: 1"), withHeader("X", "a\r"),
+                                   withHeader("X", "\x7F"), withHeader("X", std::string(1, '\0'))};
+  refused["The name of a header"] = {withHeader("", "a"), withHeader("X: y", "a"),
+                                     withHeader("X\r\nY", "a")};
+  refused["The method"] = {withMethod(""), withMethod("GET / HTTP/1.1\r\n")};
+  for (const auto& [reason, requests] : refused) {
+    for (const HTTPRequest& request : requests) {
+      EXPECT_TRUE(request.refusal().value_or("").starts_with(reason)) << request.url << reason;
+    }
+  }
+  for (const HTTPRequest& request :
+       {withURL("HTTP://h"), withURL("https://h/[A]?[B]"), withMethod("POST"),
+        withHeader("X-a1", "café\t\"x\""), withHeader("X", "")}) {
+    EXPECT_EQ(request.refusal(), std::nullopt);
   }
 }
 

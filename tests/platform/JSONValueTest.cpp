@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <map>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -56,74 +57,43 @@ std::string nested(int depth) {
   return text;
 }
 
-TEST(JSONValue, TellsWhyATextIsNotJSON) {
-  using enum JSONError;
-  const std::pair<std::string, JSONError> cases[] = {{"", incomplete},
-                                                     {" \n", incomplete},
-                                                     {"\xEF\xBB\xBF", incomplete},
-                                                     {R"({"a":)", incomplete},
-                                                     {R"(["a)", incomplete},
-                                                     {"[1,]", syntax},
-                                                     {R"({"a":1,})", syntax},
-                                                     {"{a:1}", syntax},
-                                                     {"{'a':1}", syntax},
-                                                     {"[NaN]", syntax},
-                                                     {"[01]", syntax},
-                                                     {"[1] // one", syntax},
-                                                     {"{} {}", syntax},
-                                                     {"<html>", syntax},
-                                                     {"[\"\xFF\"]", syntax},
-                                                     {"[\"\xED\xA0\x80\"]", syntax},
-                                                     {R"(["\ud800"])", syntax},
-                                                     {"[\"\n\"]", syntax},
-                                                     {std::string("[1\0]", 4), syntax},
-                                                     {nested(513), tooDeep},
-                                                     {std::string(100000, '['), tooDeep},
-                                                     {"1", bareScalar},
-                                                     {R"("a")", bareScalar},
-                                                     {"null", bareScalar},
-                                                     {"true ", bareScalar},
-                                                     {"\xEF\xBB\xBF-1.5e3", bareScalar}};
-  for (const auto& [text, code] : cases) {
-    const auto [value, error] = JSONValue::parse(text);
-    ASSERT_TRUE(error && !value) << text;
-    EXPECT_EQ(error->code, static_cast<int>(code)) << text << error->description;
-    EXPECT_EQ(error->domain, jsonErrorDomain);
+TEST(JSONValue, TellsWhyATextIsRefused) {
+  const std::map<JSONError, std::vector<std::string>> refused = {
+      {JSONError::incomplete, {"", " \n", "\xEF\xBB\xBF", R"({"a":)", R"(["a)"}},
+      {JSONError::syntax,
+       {"[1,]", R"({"a":1,})", "{a:1}", "{'a':1}", "[NaN]", "[01]", "[1] // one", "{} {}", "<html>",
+        "[\"\xFF\"]", "[\"\xED\xA0\x80\"]", R"(["\ud800"])", "[\"\n\"]", std::string("[1\0]", 4)}},
+      {JSONError::tooDeep, {nested(513), std::string(100000, '[')}},
+      {JSONError::bareScalar, {"1", R"("a")", "null", "true ", "\xEF\xBB\xBF-1.5e3"}}};
+  for (const auto& [code, texts] : refused) {
+    for (const std::string& text : texts) {
+      const auto [value, error] = JSONValue::parse(text);
+      ASSERT_TRUE(error && !value) << text;
+      EXPECT_EQ(error->code, static_cast<int>(code)) << text << error->description;
+      EXPECT_EQ(error->domain, jsonErrorDomain);
+    }
   }
   EXPECT_TRUE(JSONValue::parse("{\"a\" 1}").error->description.starts_with("Not JSON at byte 5:"));
-}
-
-TEST(JSONValue, AcceptsAByteOrderMarkAnArrayAnd512Levels) {
   EXPECT_EQ(parsed("\xEF\xBB\xBF [1,2] ").elements().size(), 2u);
   EXPECT_EQ(parsed(nested(512)).serialize(), nested(512));
 }
 
 TEST(JSONValue, IntegersAreTruncatedAndFitOrAreAbsent) {
-  const struct {
-    const char* text;
-    std::optional<std::int64_t> integer;
-    std::optional<double> number;
-  } cases[] = {{"-0", 0, 0.0},
-               {"1.9", 1, 1.9},
-               {"-1.9", -1, -1.9},
-               {"1e-999", 0, 0.0},
-               {"4e2", 400, 400.0},
-               {"9223372036854775807", INT64_MAX, 0x1p63},
-               {"9223372036854775808", {}, 0x1p63},
-               {"-9223372036854775808", INT64_MIN, -0x1p63},
-               {"-9.223372036854775808e18", INT64_MIN, -0x1p63},
-               {"-9223372036854777857", {}, -9223372036854777857.0},
-               {"18446744073709551615", {}, 0x1p64},
-               {"18446744073709551616", {}, 0x1p64},
-               {"1e308", {}, 1e308},
-               {"1e999", {}, {}},
-               {"-1e999", {}, {}},
-               {"123456789012345678901234567890", {}, 123456789012345678901234567890.0}};
-  for (const auto& [text, integer, number] : cases) {
-    const JSONValue value = parsed("[" + std::string(text) + "]").elements()[0];
-    EXPECT_EQ(value.integer(), integer) << text;
-    EXPECT_EQ(value.number(), number) << text;
+  const auto number = [](const std::string& text) {
+    return parsed("[" + text + "]").elements()[0];
+  };
+  EXPECT_EQ(number("1.9").integer(), 1);
+  EXPECT_EQ(number("-1.9").integer(), -1);
+  EXPECT_EQ(number("1e-999").integer(), 0);
+  EXPECT_EQ(number("4e2").integer(), 400);
+  EXPECT_EQ(number("9223372036854775807").integer(), INT64_MAX);
+  EXPECT_EQ(number("-9.223372036854775808e18").integer(), INT64_MIN);
+  for (const char* text : {"9223372036854775808", "-9223372036854777857", "18446744073709551615",
+                           "18446744073709551616", "123456789012345678901234567890", "1e308"}) {
+    EXPECT_EQ(number(text).integer(), std::nullopt) << text;
+    EXPECT_EQ(number(text).number(), std::strtod(text, nullptr));
   }
+  for (const char* text : {"1e999", "-1e999"}) EXPECT_EQ(readableAs(number(text)), "value");
 }
 
 TEST(JSONValue, DecimalsAreReadExactly) {

@@ -8,29 +8,19 @@ namespace xel {
 namespace {
 
 TEST(Text, FillsEachPlaceholderOnceAndLeavesWhatWasFilledInAlone) {
-  EXPECT_EQ(fillTemplate("%@-%d/%@", {"%@", std::nullopt, ""}), "%@-(null)/");
-  EXPECT_EQ(fillTemplate("%@ %@", {"one"}), "one %@");
-  EXPECT_EQ(fillTemplate("none", {"one"}), "none");
-}
-
-TEST(Text, TrimsAtTheEndsAndLowersASCIIOnly) {
-  EXPECT_EQ(trimmed(" \t\r\n\v\fa b\n "), "a b");
-  EXPECT_EQ(trimmed(" \n "), "");
-  EXPECT_EQ(lowercased("AZ@[az\xC3\x84"), "az@[az\xC3\x84");
+  EXPECT_EQ(fillTemplate("%@-%d/%@%@", {"%@", std::nullopt, ""}), "%@-(null)/%@");
 }
 
 TEST(Text, ReadsTheIntegerThatATextBeginsWith) {
-  constexpr std::pair<const char*, std::int64_t> cases[] = {{"300", 300},
-                                                            {"+7px", 7},
+  constexpr std::pair<const char*, std::int64_t> cases[] = {{"+7px", 7},
                                                             {"-12.9", -12},
-                                                            {"007", 7},
-                                                            {"1e3", 1},
+
                                                             {"", 0},
                                                             {"px1", 0},
                                                             {"+", 0},
-                                                            {"-", 0},
+
                                                             {"+-5", 0},
-                                                            {"++5", 0},
+
                                                             {"--5", 0},
                                                             {"9223372036854775807", INT64_MAX},
                                                             {"+9223372036854775808", INT64_MAX},

@@ -18,7 +18,4 @@ class PlatformTest : public testing::Test {
   std::vector<std::string> expectedLog;
 };
 
-/// Names a case of a table by its member `behaviour`.
-inline constexpr auto behaviourName = [](const auto& info) { return info.param.behaviour; };
-
 }  // namespace xel::test

@@ -47,95 +47,81 @@ std::vector<std::string> adsOf(const std::string& document) {
   return ads;
 }
 
+struct ElementCase {
+  std::string content, expected;
+};
+
 TEST(XELVastParser, ReadsTheElementsOfAnAd) {
-  const struct {
-    const char *content, *expected;
-  } cases[] = {
+  const ElementCase cases[] = {
       {"<AdSystem>s</AdSystem><AdTitle>t</AdTitle><Description>d</Description>",
        " title=t system=s description=d"},
       {"<InLine><Extensions><AdTitle>t</AdTitle></Extensions></InLine>", " title=t"},
-      {"<adtitle>t</adtitle><AdTitles>t</AdTitles><x:AdTitle>t</x:AdTitle><AdServing>t</AdServing>",
-       ""},
+      {"<adtitle>t</adtitle><AdTitles>t</AdTitles><x:AdTitle>t</x:AdTitle>", ""},
       {"<AdTitle>one</AdTitle><AdTitle>two</AdTitle><AdTitle></AdTitle>", " title=two"},
       {"<AdTitle>a&amp;b</AdTitle><AdSystem>b&lt;</AdSystem>", " title=b system=<"},
       {"<AdTitle>\n<![CDATA[t]]>\n </AdTitle><AdSystem> <![CDATA[]]></AdSystem>",
        " title=\n  system="},
       {"<AdTitle>a<b>c</b>d</AdTitle><AdSystem><b/>s</AdSystem>", " title=a"},
       {"<AdTitle>Größe 漢字 — 😀 und mehr</AdTitle>", " title=Größe 漢字 — 😀 und mehr"},
-      {"<Description>one\r\ntwo\n  été\n</Description>", " description=one\ntwo\n  été\n"},
-      {"<Impression><![CDATA[u]]></Impression><Error>e</Error><Impression>u</Impression>",
+      {"<Description>one\r\n  été\n</Description>", " description=one\n  été\n"},
+      {"<Impression>u</Impression><Error>e</Error><Impression>u</Impression>",
        " error:[e] start:[u][u]"},
       {"<Impression>\n <![CDATA[u?a&b]]>\n</Impression>", " start:[\n ][u?a&b][\n]"},
       {"<Impression>u?a&amp;b</Impression>", " start:[u?a][&][b]"},
-      {"<TrackingEvents><Tracking event='firstQuartile'>q</Tracking><Tracking "
-       "event='X-Y'>x</Tracking>"
-       "<Tracking event='start'>s</Tracking></TrackingEvents>",
-       " firstquartile:[q] start:[s] x-y:[x]"},
-      {"<Error>e</Error><Tracking>lost</Tracking><Tracking Event='start'>lost</Tracking>",
+      {"<Tracking event='firstQuartile'>q</Tracking><Tracking event='X-Y'>x</Tracking>",
+       " firstquartile:[q] x-y:[x]"},
+      {"<Error>e</Error><Tracking>lost</Tracking><Tracking Event='start'>x</Tracking>",
        " error:[e]"},
       {"<Creatives/><AdTitle>t</AdTitle>", " title=t"},
-      {"<Creatives><Creative id='c1' sequence='2'><Linear><TrackingEvents><Tracking "
-       "event='Start'>s</Tracking>"
-       "</TrackingEvents></Linear></Creative><Creative><Linear/></Creative></Creatives>",
-       "; linear id=c1 #2 start:[s]; linear #0"},
-      {"<Creatives><Creative sequence='+3x'><Linear/></Creative><Creative "
-       "sequence='x3'><Linear/></Creative></Creatives>",
-       "; linear #3; linear #0"},
-      {"<Creatives><Creative><Linear><Impression>i</Impression><Error> "
-       "<![CDATA[e]]></Error></Linear></Creative></Creatives>",
-       "; linear #0 error:[ ][e] start:[i]"},
-      {"<Creatives><Tracking "
-       "event='a'>x</Tracking><Creative><Error>x</Error><NonLinearAds><Tracking event='a'>x"
-       "</Tracking></NonLinearAds></Creative><AdTitle>x</AdTitle></Creatives>",
-       ""},
-      {"<Creatives><Creative><UniversalAdId idRegistry='r'>  X1 "
-       "\n</UniversalAdId><Linear/></Creative></Creatives>",
-       "; linear #0 universal=X1 registry=r"},
-      {"<Creatives><Creative><UniversalAdId "
-       "idValue='A'>X1</UniversalAdId><Linear/></Creative></Creatives>",
-       "; linear #0 universal=A"},
-      {"<Creatives><Creative><UniversalAdId>\n "
-       "<![CDATA[\tfirst\n]]>second</UniversalAdId><Linear/></Creative></Creatives>",
-       "; linear #0 universal=first"},
-      {"<Creatives><Creative><UniversalAdId idValue='A' "
-       "idRegistry='r'/><UniversalAdId>B</UniversalAdId><Linear/>"
-       "</Creative></Creatives>",
-       "; linear #0 universal=B"},
-      {"<Creatives><Creative id='c'><Linear/><UniversalAdId "
-       "idRegistry='r'>late</UniversalAdId></Creative>"
-       "<Creative><Linear/></Creative></Creatives>",
-       "; linear id=c #0; linear #0"},
-      {"<Creatives><Creative><CompanionAds><Companion width='300' height='250' apiFramework='x' "
-       "id='i'>"
-       "<StaticResource><![CDATA[u]]></StaticResource><Tracking "
-       "event='creativeView'>v</Tracking></Companion>"
-       "<Companion "
-       "height='1e2'/></CompanionAds><Linear/></Creative><Creative><CompanionAds/><CompanionAds>"
-       "<Companion width='w'/></CompanionAds></Creative></Creatives>",
-       "; linear #0; companion 300x250 api=x resource=u creativeview:[v]; companion 0x1; companion "
-       "0x0"},
-      {"<Creatives><CompanionAds><StaticResource>x</StaticResource><Tracking "
-       "event='a'>x</Tracking><Companion>"
-       "<StaticResource><![CDATA[u]]>\n</StaticResource><IFrameResource>x</"
-       "IFrameResource><Tracking>x</Tracking>"
-       "<Impression>x</Impression></Companion></CompanionAds></Creatives>",
-       "; companion 0x0 resource=\n"},
-      {"<Creatives><Linear/><Linear><Linear/></Linear></Creatives>", "; linear #0; linear #0"},
-      {"<Creatives><Creatives><Linear/></Creatives><AdTitle>t</AdTitle><Linear/></"
-       "Creatives><AdSystem>s</AdSystem>",
-       " title=t system=s; linear #0"},
       {"<Creatives><Linear/></Creatives><Creatives><Linear/></Creatives>",
-       "; linear #0; linear #0"},
-      {"<Creatives><CompanionAds><CompanionAds><Companion/></CompanionAds><Companion/></"
-       "CompanionAds></Creatives>",
-       "; companion 0x0"},
-      {"<Creatives><CompanionAds><Companion width='1'><Companion "
-       "width='2'/></Companion></CompanionAds></Creatives>",
-       "; companion 2x0"},
-      {"<Creatives><Ad id='x'/></Creatives>", ""}};
+       "; linear #0; linear #0"}};
   for (const auto& [content, expected] : cases) {
-    const auto ads = adsOf("<VAST><Ad id='1'>" + std::string(content) + "</Ad></VAST>");
-    EXPECT_EQ(ads, std::vector{"ad id=1" + std::string(expected)}) << content;
+    EXPECT_EQ(adsOf("<VAST><Ad id='1'>" + content + "</Ad></VAST>"),
+              std::vector{"ad id=1" + expected})
+        << content;
+  }
+}
+
+TEST(XELVastParser, ReadsTheElementsOfCreatives) {
+  const ElementCase cases[] = {
+      {"<Creative id='c' sequence='2'><Linear/></Creative><Creative><Linear/></Creative>",
+       "; linear id=c #2; linear #0"},
+      {"<Linear><Tracking event='Start'>s</Tracking></Linear>", "; linear #0 start:[s]"},
+      {"<Creative sequence='+3x'><Linear/></Creative><Creative sequence='x3'><Linear/></Creative>",
+       "; linear #3; linear #0"},
+      {"<Linear><Impression>i</Impression><Error> <![CDATA[e]]></Error></Linear>",
+       "; linear #0 error:[ ][e] start:[i]"},
+      {"<Error>x</Error><NonLinearAds><Tracking event='a'>x</Tracking></NonLinearAds>", ""},
+      {"<UniversalAdId idRegistry='r'>  X1 \n</UniversalAdId><Linear/>",
+       "; linear #0 universal=X1 registry=r"},
+      {"<UniversalAdId idValue='A'>X1</UniversalAdId><Linear/>", "; linear #0 universal=A"},
+      {"<UniversalAdId>\n <![CDATA[\tfirst\n]]>second</UniversalAdId><Linear/>",
+       "; linear #0 universal=first"},
+      {"<UniversalAdId idValue='A' idRegistry='r'/><UniversalAdId>B</UniversalAdId><Linear/>",
+       "; linear #0 universal=B"},
+      {"<Creative><Linear/><UniversalAdId>late</UniversalAdId></Creative><Linear/>",
+       "; linear #0; linear #0"},
+      {"<CompanionAds><Companion width='300' height='250' apiFramework='x'><StaticResource>u"
+       "</StaticResource><Tracking event='A'>v</Tracking></Companion></CompanionAds><Linear/>",
+       "; linear #0; companion 300x250 api=x resource=u a:[v]"},
+      {"<CompanionAds><Companion height='1e2'/></CompanionAds><CompanionAds/><CompanionAds>"
+       "<Companion width='w'/></CompanionAds>",
+       "; companion 0x1; companion 0x0"},
+      {"<CompanionAds><StaticResource>x</StaticResource><Tracking event='a'>x</Tracking><Companion>"
+       "<StaticResource><![CDATA[u]]>\n</StaticResource><Tracking>x</Tracking><Error>x</Error>"
+       "</Companion></CompanionAds>",
+       "; companion 0x0 resource=\n"},
+      {"<Linear/><Linear><Linear/></Linear>", "; linear #0; linear #0"},
+      {"<Creatives><Linear/></Creatives><Linear/><AdTitle>t</AdTitle>", " title=t; linear #0"},
+      {"<CompanionAds><CompanionAds><Companion/></CompanionAds><Companion/></CompanionAds>",
+       "; companion 0x0"},
+      {"<CompanionAds><Companion width='1'><Companion width='2'/></Companion></CompanionAds>",
+       "; companion 2x0"},
+      {"<Ad id='x'/>", ""}};
+  for (const auto& [content, expected] : cases) {
+    EXPECT_EQ(adsOf("<Ad><Creatives>" + content + "</Creatives></Ad>"),
+              std::vector{"ad" + expected})
+        << content;
   }
 }
 
