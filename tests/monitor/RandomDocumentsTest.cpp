@@ -92,7 +92,7 @@ struct Rules {
       EXPECT_EQ(event.ad->adPosition() == 1, announced == event.ad->adBreakInfo()) << event.line;
       current = event.ad;
     }
-    if (event.ad) EXPECT_EQ(event.ad, current) << event.line;
+    EXPECT_TRUE(!event.ad || event.ad == current) << event.line;
     if (event.name == "adBreakDidEnd") {
       EXPECT_TRUE(current && current->adBreakInfo() == event.adBreakInfo) << event.line;
       current.reset();
