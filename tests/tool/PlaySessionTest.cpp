@@ -1,6 +1,6 @@
-#include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -9,9 +9,7 @@
 #include "xel/platform/Platform.h"
 #include "xel/session/XELLiveStreamRequest.h"
 #include "xel/session/XELVODStreamRequest.h"
-#include "xel/simulation/SimulatedPlatform.h"
-#include "xel/simulation/StreamInfoBuilder.h"
-#include "xel/simulation/StreamInitAnswerBuilder.h"
+#include "xel/simulation/simulation.h"
 
 #include "PlaySession.h"
 
@@ -21,33 +19,30 @@ namespace {
 using simulation::StreamInfoBuilder;
 using simulation::StreamInitAnswerBuilder;
 
-/// Writes down the events by name, with what tells them apart.
+/// Writes down the events by name; before each, the stream time when it has changed.
 class EventNames final : public PlayView {
  public:
   void show(double time, const PlayEvent& event) override {
     if (std::holds_alternative<AdCountdown>(event)) return;
-    std::string line(std::visit([](const auto& any) { return any.name; }, event));
-    if (const auto* ad = std::get_if<AdEvent>(&event)) line += " " + *ad->ad->adKey();
-    if (const auto* sent = std::get_if<PingSent>(&event)) line += " " + sent->pingEvent;
-    if (const auto* answered = std::get_if<PingAnswered>(&event)) {
-      line += " " + answered->pingEvent + " " +
-              (answered->error ? "error" : std::to_string(answered->status));
-    }
+    const auto number = [](double value) { return std::to_string(static_cast<int>(value)); };
+    if (std::exchange(time_, time) != time) shown += "@" + number(time) + " ";
+    shown += std::visit([](const auto& any) { return any.name; }, event);
     if (const auto* converted = std::get_if<TimeConverted>(&event)) {
-      line += " " + std::to_string(static_cast<int>(converted->contentTime)) + " " +
-              std::to_string(static_cast<int>(converted->streamTime));
+      shown += ":" + number(converted->contentTime) + ":" + number(converted->streamTime);
     }
-    lines.push_back(line);
-    times.push_back(time);
+    shown += " ";
   }
-  std::vector<std::string> lines;
-  std::vector<double> times;
+  std::string shown;
+
+ private:
+  double time_ = 0;
 };
 
 class PlaySessionTest : public testing::Test {
  protected:
   void play(std::shared_ptr<XELStreamRequest> request,
             const std::vector<double>& conversions = {}) {
+    isOver = false;
     session = std::make_shared<PlaySession>(view, conversions, [this] { isOver = true; });
     const auto now = [this] { return platform.loop().now(); };
     installed_ = nullptr;
@@ -60,8 +55,15 @@ class PlaySessionTest : public testing::Test {
                    observing, std::move(request));
     platform.loop().runUntilIdle();
   }
+  std::string shownNext() { return std::exchange(view->shown, {}); }
 
   simulation::SimulatedPlatform platform;
+  simulation::CannedAdServer& server = platform.server();
+  const std::string vodURL = platform.vodInitURL("c", "v");
+  const std::string liveURL = platform.liveInitURL("a");
+  const std::shared_ptr<XELStreamRequest> vod =
+      XELVODStreamRequest::initWithContentSourceID_videoID("c", "v");
+  const std::shared_ptr<XELStreamRequest> live = XELLiveStreamRequest::initWithAssetKey("a");
   const std::shared_ptr<EventNames> view = std::make_shared<EventNames>();
   std::shared_ptr<PlaySession> session;
   bool isOver = false;
@@ -71,72 +73,46 @@ class PlaySessionTest : public testing::Test {
 };
 
 TEST_F(PlaySessionTest, ShowsAnOnDemandStreamAndEndsWithItsLastPing) {
-  auto& server = platform.server();
   const auto answer = StreamInitAnswerBuilder::vod();
-  auto info = StreamInfoBuilder::vod();
-  info.addBreak("b", 2).addAd("k", 4);
-  server.answer(platform.vodInitURL("c", "v"), {200, answer.build()});
-  server.answer(*answer.timeEventsURL, {200, info.build()});
+  server.answer(vodURL, {200, answer.build()});
+  server.answer(*answer.timeEventsURL,
+                {200, StreamInfoBuilder::vod().addBreak("b", 2).addAd("k", 4).build()});
   server.answer(*answer.manifest, {200, "#EXTM3U\n#EXTINF:8,\na\n#EXT-X-ENDLIST\n"});
   server.answerOtherPings({200, "", 3});
   server.hang("https://tracking.example/k/midpoint");
-  play(XELVODStreamRequest::initWithContentSourceID_videoID("c", "v"), {4});
-
-  EXPECT_EQ(view->lines, (std::vector<std::string>{"didInitializeStream",
-                                                   "didUpdateCuepoints",
-                                                   "loadURL",
-                                                   "streamManagerIsReadyForPlayback",
-                                                   "conversion 2 8",
-                                                   "adBreakDidStart",
-                                                   "ping start",
-                                                   "ping start",
-                                                   "adDidStart k",
-                                                   "ping creativeview",
-                                                   "didUpdateCuepoints",
-                                                   "ping firstquartile",
-                                                   "adDidCrossFirstQuartile k",
-                                                   "ping midpoint",
-                                                   "adDidCrossMidpoint k",
-                                                   "ping thirdquartile",
-                                                   "adDidCrossThirdQuartile k",
-                                                   "ping complete",
-                                                   "adDidComplete k",
-                                                   "adBreakDidEnd"}));
-  EXPECT_EQ(view->times[4], 0);
-  EXPECT_EQ(view->times[5], 2);
-
-  view->lines.clear();
+  play(vod, {4});
+  EXPECT_EQ(shownNext(),
+            "didInitializeStream didUpdateCuepoints loadURL streamManagerIsReadyForPlayback "
+            "conversion:2:8 @2 adBreakDidStart ping ping adDidStart ping "
+            "didUpdateCuepoints @3 ping adDidCrossFirstQuartile "
+            "@4 ping adDidCrossMidpoint @5 ping adDidCrossThirdQuartile "
+            "ping adDidComplete adBreakDidEnd ");
   platform.loop().advance(3);
   EXPECT_FALSE(isOver);
-  EXPECT_EQ(view->lines.size(), 6u);
+  shownNext();
   platform.loop().advance(3600);
-  EXPECT_EQ(view->lines.back(), "pingResult midpoint error");
+  EXPECT_EQ(shownNext(), "pingResult ");
   EXPECT_TRUE(isOver);
   EXPECT_EQ(session->exitStatus(), 0);
 }
 
 TEST_F(PlaySessionTest, PlaysALiveStreamAfterItsPrerollAndStopsPolling) {
-  auto& server = platform.server();
   auto answer = StreamInitAnswerBuilder::live();
   answer.prerollManifest = "https://media.example/preroll.m3u8";
-  auto info = StreamInfoBuilder::live();
-  info.addBreak("b", 0).addAd("k", 4);
-  std::string texts;
-  for (const auto& event : info.events()) {
-    texts += "#XEL-TXXX:" + std::to_string(event.time) + "," + event.text + "\n";
-  }
-  server.answer(platform.liveInitURL("a"), {200, answer.build()});
-  server.answer(*answer.id3EventsURL, {200, info.build()});
+  server.answer(liveURL, {200, answer.build()});
+  server.answer(*answer.id3EventsURL,
+                {200, StreamInfoBuilder::live().addBreak("b", 0).addAd("k", 4).build()});
   server.answer(*answer.prerollManifest,
-                {200, "#EXTM3U\n" + texts + "#EXTINF:4,\na\n#EXT-X-ENDLIST\n"});
+                {200,
+                 "#EXTM3U\n#XEL-TXXX:0,k,start\n#XEL-TXXX:3.9,k,complete\n#EXTINF:4,\na\n"
+                 "#EXT-X-ENDLIST\n"});
   server.answer(*answer.manifest, {200, "#EXTM3U\n#EXTINF:1,\na\n#EXT-X-ENDLIST\n"});
-  play(XELLiveStreamRequest::initWithAssetKey("a"), {5});
-
-  const auto& lines = view->lines;
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "loadURL"), 2);
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "streamManagerIsReadyForPlayback"), 2);
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "conversion 5 5"), 1);
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "adDidComplete k"), 1);
+  server.answerOtherPings({204, "", 1});
+  play(live, {5});
+  EXPECT_EQ(shownNext(),
+            "didInitializeStream loadURL streamManagerIsReadyForPlayback conversion:5:5 "
+            "adBreakDidStart ping ping adDidStart ping @3 ping adDidComplete adBreakDidEnd "
+            "@0 loadURL streamManagerIsReadyForPlayback ");
   platform.loop().advance(1);
   EXPECT_TRUE(isOver);
   EXPECT_EQ(session->exitStatus(), 0);
@@ -144,28 +120,23 @@ TEST_F(PlaySessionTest, PlaysALiveStreamAfterItsPrerollAndStopsPolling) {
 }
 
 TEST_F(PlaySessionTest, FailsWithTheRequestAndWithTheDisplay) {
-  platform.server().answer(platform.vodInitURL("c", "refused"), {403, "denied"});
-  play(XELVODStreamRequest::initWithContentSourceID_videoID("c", "refused"));
-  EXPECT_EQ(view->lines, std::vector<std::string>{"didReceiveError"});
-  EXPECT_TRUE(isOver);
-  EXPECT_EQ(session->exitStatus(), 1);
-
-  isOver = false;
   const auto answer = StreamInitAnswerBuilder::vod();
-  platform.server().answer(platform.vodInitURL("c", "v"), {200, answer.build()});
-  platform.server().answer(*answer.manifest, {500, ""});
-  play(XELVODStreamRequest::initWithContentSourceID_videoID("c", "v"));
-  EXPECT_EQ(view->lines.back(), "didReceiveError");
-  EXPECT_TRUE(isOver);
-  EXPECT_EQ(session->exitStatus(), 1);
+  server.answer(vodURL, {403, "denied"});
+  server.answer(vodURL, {200, answer.build()});
+  server.answer(*answer.manifest, {500, ""});
+  for (const std::string before : {"", "didInitializeStream loadURL "}) {
+    play(vod);
+    EXPECT_EQ(shownNext(), before + "didReceiveError ");
+    EXPECT_TRUE(isOver);
+    EXPECT_EQ(session->exitStatus(), 1);
+  }
 }
 
 TEST_F(PlaySessionTest, AbandonedItEndsOnceAndAtOnce) {
-  platform.server().hang(platform.liveInitURL("a"));
-  play(XELLiveStreamRequest::initWithAssetKey("a"));
+  server.hang(liveURL);
+  play(live);
   session->abandon(130);
-  EXPECT_TRUE(isOver);
-  isOver = false;
+  EXPECT_TRUE(std::exchange(isOver, false));
   platform.loop().advance(60);
   EXPECT_FALSE(isOver);
   EXPECT_EQ(session->exitStatus(), 130);
