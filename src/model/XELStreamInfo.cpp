@@ -3,22 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
-#include <limits>
 #include <optional>
+
+#include "platform/SinglePrecision.h"
 
 using xel::JSONValue;
 
 namespace {
 
 std::string textOf(const JSONValue& value) { return std::string(value.text().value_or("")); }
-
-/// The number as a single-precision float, widened; 0 also where a float cannot hold it.
-double singlePrecision(const JSONValue& value) {
-  const double number = value.number().value_or(0);
-  if (std::abs(number) > std::numeric_limits<float>::max()) return 0;
-  return static_cast<float>(number);
-}
 
 XELStreamInfo::Cuepoints::const_iterator cuepointAt(double time,
                                                     const XELStreamInfo::Cuepoints& cuepoints) {
@@ -54,7 +47,7 @@ std::int64_t XELStreamInfo::adPositionForAdKey(std::string_view adKey) const {
 }
 
 double XELStreamInfo::durationForAdKey(std::string_view adKey) const {
-  return singlePrecision(streamInfo_["ads"][adKey]["duration"]);
+  return xel::singlePrecision(streamInfo_["ads"][adKey]["duration"]);
 }
 
 std::int64_t XELStreamInfo::totalAdsForAdBreakKey(std::string_view breakKey) const {
@@ -62,7 +55,7 @@ std::int64_t XELStreamInfo::totalAdsForAdBreakKey(std::string_view breakKey) con
 }
 
 double XELStreamInfo::durationForAdBreakKey(std::string_view breakKey) const {
-  return singlePrecision(streamInfo_["breaks"][breakKey]["duration"]);
+  return xel::singlePrecision(streamInfo_["breaks"][breakKey]["duration"]);
 }
 
 double XELStreamInfo::previousAdsDurationForAdKey(std::string_view adKey) const {
@@ -74,7 +67,7 @@ double XELStreamInfo::previousAdsDurationForAdKey(std::string_view adKey) const 
     const std::int64_t otherPosition = ad["position"].integer().value_or(-1);
     if (otherPosition >= 1 && otherPosition < position &&
         ad["break"].text().value_or("") == breakKey) {
-      sum += singlePrecision(ad["duration"]);
+      sum += xel::singlePrecision(ad["duration"]);
     }
   });
   return sum;

@@ -1,9 +1,8 @@
 #include "monitor/XELLiveStreamMonitor.h"
 
-#include <limits>
-
 #include "xel/platform/Platform.h"
 
+#include "platform/SinglePrecision.h"
 #include "platform/Text.h"
 #include "protocol/XELStreamInitResponse.h"
 
@@ -33,10 +32,8 @@ void XELLiveStreamMonitor::stopMonitoring() {
 double XELLiveStreamMonitor::pollingFrequency() const {
   constexpr double whenNotGiven = 10.0;
   const double given =
-      streamInitResponse()[XELStreamInitResponse::pollingFrequencyKey].number().value_or(0);
-  if (given > std::numeric_limits<float>::max()) return whenNotGiven;
-  const auto singlePrecision = static_cast<float>(given);
-  return singlePrecision > 0 ? singlePrecision : whenNotGiven;
+      xel::singlePrecision(streamInitResponse()[XELStreamInitResponse::pollingFrequencyKey]);
+  return given > 0 ? given : whenNotGiven;
 }
 
 void XELLiveStreamMonitor::requestStreamInfo() {
@@ -66,7 +63,7 @@ void XELLiveStreamMonitor::startStreamIfNotStarted() {
     prerollPlaying_ = true;
     loadURL_withSubtitles(*preroll, {});
   } else {
-    loadStreamManifest();
+    loadPrimaryStream();
   }
 }
 
@@ -86,6 +83,6 @@ void XELLiveStreamMonitor::handleCompleteWithAdKey(const std::string& adKey) {
   XELStreamMonitor::handleCompleteWithAdKey(adKey);
   if (isAdBreakComplete() && prerollPlaying_) {
     prerollPlaying_ = false;
-    loadStreamManifest();
+    loadPrimaryStream();
   }
 }

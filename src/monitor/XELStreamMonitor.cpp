@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <optional>
+#include <utility>
 
 #include "xel/platform/Platform.h"
 
@@ -36,6 +36,11 @@ XELStreamMonitor::XELStreamMonitor(std::shared_ptr<XELVideoDisplay> videoDisplay
       streamInfo_(XELStreamInfo::initWithStreamInfo({})),
       videoDisplay_(std::move(videoDisplay)) {}
 
+void XELStreamMonitor::setDelegate(std::weak_ptr<XELStreamMonitorDelegate> delegate) noexcept {
+  delegate_ = std::move(delegate);
+  hasDelegate_ = !delegate_.expired();
+}
+
 void XELStreamMonitor::handleEvent_withAdKey(std::string_view event, const std::string& adKey) {
   if (event == "start") {
     handleStartWithAdKey(adKey);
@@ -58,15 +63,16 @@ void XELStreamMonitor::handleStartWithAdKey(const std::string& adKey) {
   if (ad->adPosition() == 1) {
     if (auto d = delegate()) d->streamMonitor_adBreakDidStart(*this, ad->adBreakInfo());
   }
-  dispatchEvent("start");
-  dispatchEvent("creativeview");
+  // A delegate may seek, and so have another ad started, inside its report.
+  if (currentAd_ == ad) dispatchEvent("start");
+  if (currentAd_ == ad) dispatchEvent("creativeview");
 }
 
 void XELStreamMonitor::handleCompleteWithAdKey(const std::string& adKey) {
   if (!isCurrentAd(adKey)) return;
   const auto ad = currentAd_;
   dispatchEvent("complete");
-  if (isAdBreakComplete()) endAdBreak(ad);
+  if (currentAd_ == ad && isAdBreakComplete()) endAdBreak();
 }
 
 void XELStreamMonitor::dispatchEvent(std::string_view event) {
@@ -87,9 +93,9 @@ bool XELStreamMonitor::isAdBreakComplete() const {
   return position == total || position == -1 || total == -1;
 }
 
-void XELStreamMonitor::endAdBreak(const std::shared_ptr<XELAd>& lastAd) {
+void XELStreamMonitor::endAdBreak() {
+  const auto lastAd = std::exchange(currentAd_, nullptr);
   if (auto d = delegate()) d->streamMonitor_adBreakDidEnd(*this, lastAd->adBreakInfo());
-  currentAd_.reset();
 }
 
 bool XELStreamMonitor::isCurrentAd(std::string_view adKey) const {
@@ -131,7 +137,8 @@ void XELStreamMonitor::videoDisplay_didProgressToTime(XELVideoDisplay&, double t
   const double breakRemaining = ad->adBreakInfo()->duration() - (time - adBreakStartTime_);
   const double adRemaining = ad->duration() - (time - ad->adStartTime());
   if (auto d = delegate()) d->streamMonitor_ad_didCountdownTo(*this, ad, adRemaining);
-  if (breakRemaining <= -toleratedOverrun || adRemaining <= -toleratedOverrun) endAdBreak(ad);
+  const bool hasOverrun = breakRemaining <= -toleratedOverrun || adRemaining <= -toleratedOverrun;
+  if (hasOverrun && currentAd_ == ad) endAdBreak();
 }
 
 void XELStreamMonitor::videoDisplay_didFailWithError(
@@ -163,10 +170,13 @@ bool XELStreamMonitor::replaceStreamInfo(const xel::HTTPResponse& response,
 
 void XELStreamMonitor::loadURL_withSubtitles(std::string_view url,
                                              const std::vector<xel::JSONValue>& subtitles) {
-  if (videoDisplay_) videoDisplay_->loadURL_withSubtitles(std::string(url), subtitles);
+  // Whoever let go of the session may be showing another stream in the display by now.
+  const bool isAbandoned = hasDelegate_ && delegate_.expired();
+  if (!videoDisplay_ || isAbandoned) return;
+  videoDisplay_->loadURL_withSubtitles(std::string(url), subtitles);
 }
 
-void XELStreamMonitor::loadStreamManifest() {
+void XELStreamMonitor::loadPrimaryStream() {
   const auto manifest = streamInitResponse_[XELStreamInitResponse::streamManifestKey].text();
   if (!manifest) return;
   loadURL_withSubtitles(*manifest,

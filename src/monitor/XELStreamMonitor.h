@@ -34,9 +34,7 @@ class XELStreamMonitor : public std::enable_shared_from_this<XELStreamMonitor>,
   XELStreamMonitor& operator=(const XELStreamMonitor&) = delete;
 
   std::shared_ptr<XELStreamMonitorDelegate> delegate() const noexcept { return delegate_.lock(); }
-  void setDelegate(std::weak_ptr<XELStreamMonitorDelegate> delegate) noexcept {
-    delegate_ = std::move(delegate);
-  }
+  void setDelegate(std::weak_ptr<XELStreamMonitorDelegate> delegate) noexcept;
 
   virtual void startMonitoring() {}
   virtual void stopMonitoring() {}
@@ -90,17 +88,19 @@ class XELStreamMonitor : public std::enable_shared_from_this<XELStreamMonitor>,
   /// Replaces the stream info document by the one that was answered. False, with the earlier one
   /// kept, when the status is 400 or more or the body is no JSON object.
   bool replaceStreamInfo(const xel::HTTPResponse& response, const std::string& data);
+  /// Does nothing once the delegate is gone.
   void loadURL_withSubtitles(std::string_view url, const std::vector<xel::JSONValue>& subtitles);
   /// Loads the main stream with its subtitles; does nothing when the stream-init response names
   /// none.
-  void loadStreamManifest();
+  void loadPrimaryStream();
 
  private:
   std::shared_ptr<XELAd> buildAd(const std::string& adKey) const;
   bool isCurrentAd(std::string_view adKey) const;
-  void endAdBreak(const std::shared_ptr<XELAd>& lastAd);
+  void endAdBreak();
 
   std::weak_ptr<XELStreamMonitorDelegate> delegate_;
+  bool hasDelegate_ = false;
   const xel::JSONValue streamInitResponse_;
   std::shared_ptr<XELStreamInfo> streamInfo_;
   const std::shared_ptr<XELVideoDisplay> videoDisplay_;

@@ -72,10 +72,11 @@ void XELVODStreamMonitor::handleTimeUpdate(double time) {
 }
 
 void XELVODStreamMonitor::handleStartWithAdKey(const std::string& adKey) {
+  const double startTimeKey = lastHandledTimeKey_;
   XELStreamMonitor::handleStartWithAdKey(adKey);
   const XELStreamInfo::Cuepoints cuepoints = currentCuepoints_;
   for (const auto& cuepoint : cuepoints) {
-    if (cuepoint->startTime() != lastHandledTimeKey_ || cuepoint->isPlayed()) continue;
+    if (cuepoint->startTime() != startTimeKey || cuepoint->isPlayed()) continue;
     cuepoint->setPlayed(true);
     if (auto d = delegate()) d->streamMonitor_didUpdateCuepoints(*this, cuepoints);
   }

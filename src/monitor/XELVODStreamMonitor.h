@@ -1,8 +1,8 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
+#include <utility>
 
 #include "monitor/XELStreamMonitor.h"
 
@@ -35,7 +35,7 @@ class XELVODStreamMonitor final : public XELStreamMonitor {
   void requestStreamInfo(std::string_view url);
   void handleStreamInfoResponse_withData(const xel::HTTPResponse& response,
                                          const std::string& data);
-  void startStream() { loadStreamManifest(); }
+  void startStream() { loadPrimaryStream(); }
   void handleTimeUpdate(double time);
   void updateCuepoints();
 

@@ -49,8 +49,7 @@ std::optional<std::string> HTTPRequest::refusal() const {
   if (!isToken(method)) return "The method is not a token.";
   for (const HTTPHeader& field : headers) {
     if (!isToken(field.name)) return "The name of a header is not a token.";
-    if (std::any_of(field.value.begin(), field.value.end(),
-                    [](char c) { return c != '\t' && isControl(c); })) {
+    if (std::any_of(field.value.begin(), field.value.end(), isControl)) {
       return "The header " + field.name + " holds a control character.";
     }
   }

@@ -1,10 +1,10 @@
 #include "platform/XMLReader.h"
 
 #include <algorithm>
-#include <cstring>
 #include <mutex>
 
 #include <libxml/SAX.h>
+#include <libxml/dict.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
@@ -84,10 +84,12 @@ bool mayExceedAttributeLimit(std::string_view data) noexcept {
 /// compares each attribute with all the others before it reports them.
 std::size_t bytesWithinAttributeLimit(std::string_view data) noexcept {
   if (!mayExceedAttributeLimit(data)) return data.size();
+  // The literals of a document type may hold the marks of sections that are none.
+  const bool hasDocumentType = data.find("<!DOCTYPE") != std::string_view::npos;
   std::size_t position = data.find('<');
   while (position != std::string_view::npos) {
     const std::string_view sectionEnd = endOfSection(data.substr(position));
-    if (!sectionEnd.empty()) {
+    if (!sectionEnd.empty() && !hasDocumentType) {
       position = data.find('<', data.find(sectionEnd, position));
     } else {
       const std::string_view tag = markupAt(data, position);
@@ -123,13 +125,15 @@ class XMLReader::Events {
   bool run(std::size_t length) {
     static std::once_flag initialised;
     std::call_once(initialised, xmlInitParser);
-    const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> context(
-        xmlCreatePushParserCtxt(handler(), this, nullptr, 0, nullptr), &xmlFreeParserCtxt);
+    const std::unique_ptr<xmlParserCtxt, decltype(&freeContext)> context(
+        xmlCreatePushParserCtxt(handler(), this, nullptr, 0, nullptr), &freeContext);
     if (!context) return false;
     context_ = context.get();
     xmlCtxtUseOptions(context_, XML_PARSE_SAX1 | XML_PARSE_NOENT | XML_PARSE_NONET |
                                     XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC |
                                     XML_PARSE_HUGE);
+    // Else the cost of many different names would grow with their square.
+    xmlDictSetLimit(context_->dict, maxBytesOfNames);
     // Nothing is guessed from the first bytes.
     xmlSwitchEncoding(context_, XML_CHAR_ENCODING_UTF8);
     const bool whole = length == document_.size();
@@ -139,6 +143,11 @@ class XMLReader::Events {
 
  private:
   static Events& self(void* user) noexcept { return *static_cast<Events*>(user); }
+
+  static void freeContext(xmlParserCtxt* context) {
+    xmlFreeDoc(context->myDoc);  // Made where entities are declared.
+    xmlFreeParserCtxt(context);
+  }
 
   static xmlSAXHandler* handler() {
     static xmlSAXHandler handler = [] {

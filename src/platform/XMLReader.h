@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace xel {
@@ -60,6 +61,8 @@ class XMLReader final : public std::enable_shared_from_this<XMLReader> {
   static constexpr std::size_t maxBytes = std::size_t{64} << 20;
   static constexpr int maxDepth = 256;
   static constexpr int maxAttributes = 256;
+  /// Of all element and attribute names that differ.
+  static constexpr std::size_t maxBytesOfNames = std::size_t{1} << 20;
 
   /// @param data UTF-8 text, which must outlive `parse`.
   static std::shared_ptr<XMLReader> initWithData(std::string_view data);

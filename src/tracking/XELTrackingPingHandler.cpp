@@ -1,9 +1,8 @@
 #include "tracking/XELTrackingPingHandler.h"
 
 #include <algorithm>
-#include <optional>
+#include <map>
 #include <utility>
-#include <vector>
 
 #include "xel/platform/Platform.h"
 
@@ -12,7 +11,7 @@
 
 namespace {
 
-using Parameters = std::vector<std::pair<std::string, std::string>>;
+using Parameters = std::map<std::string, std::string>;
 
 bool contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
@@ -29,16 +28,6 @@ std::string replaceAll(std::string_view text, std::string_view part, std::string
   return replaced;
 }
 
-void setParameter(Parameters& parameters, std::string_view name, std::string_view value) {
-  const auto same = std::find_if(parameters.begin(), parameters.end(),
-                                 [name](const auto& pair) { return pair.first == name; });
-  if (same == parameters.end()) {
-    parameters.emplace_back(name, value);
-  } else {
-    same->second = value;
-  }
-}
-
 /// The pieces of a query that have exactly one "=", still encoded.
 Parameters parametersOf(std::string_view query) {
   Parameters parameters;
@@ -47,7 +36,7 @@ Parameters parametersOf(std::string_view query) {
     const std::string_view piece = query.substr(0, end);
     const std::size_t equals = piece.find('=');
     if (equals != std::string_view::npos && equals == piece.rfind('=')) {
-      setParameter(parameters, piece.substr(0, equals), piece.substr(equals + 1));
+      parameters[std::string(piece.substr(0, equals))] = piece.substr(equals + 1);
     }
     query.remove_prefix(std::min(end + 1, query.size()));
   }
@@ -95,8 +84,8 @@ std::string XELTrackingPingHandler::addSDKParams(const xel::URL& url) {
   const auto query = url.query();
   if (!query || !isOrvaneURL(url.text())) return url.text();
   Parameters parameters = parametersOf(*query);
-  setParameter(parameters, "sdkv", XELEnvironmentUtils::sdkVersionWithAppName());
-  setParameter(parameters, "ssss", "oxel");
+  parameters["sdkv"] = XELEnvironmentUtils::sdkVersionWithAppName();
+  parameters["ssss"] = "oxel";
 
   std::string rewritten = query->empty() ? url.text() : replaceAll(url.text(), *query, "");
   for (const auto& [name, value] : parameters) {
@@ -108,7 +97,11 @@ std::string XELTrackingPingHandler::addSDKParams(const xel::URL& url) {
 
 bool XELTrackingPingHandler::isOrvaneURL(std::string_view url) {
   const auto& domains = xel::Platform::current().services.measurementDomains;
-  if (!contains(url, domains[0]) && !contains(url, domains[1])) return false;
+  if (std::none_of(domains.begin(), domains.end(), [url](const std::string& domain) {
+        return !domain.empty() && contains(url, domain);
+      })) {
+    return false;
+  }
   if (contains(url, "/pagead/conversion") || contains(url, "/kolpad/live/conversion") ||
       contains(url, "/pagead/adview")) {
     return contains(url, "ai=") && contains(url, "sigh=");

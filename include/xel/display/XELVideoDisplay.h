@@ -38,7 +38,8 @@ class XEL_EXPORT XELVideoDisplayDelegate {
   /// empty; of several items with one key it holds the last.
   virtual void videoDisplay_didReceiveTimedMetadata(XELVideoDisplay& display,
                                                     const xel::TimedMetadata& metadata) = 0;
-  /// The playhead, in seconds of stream time (ads included) from the start of the current stream.
+  /// The playhead, in seconds of stream time (ads included) from the start of the current stream;
+  /// finite.
   /// Sent periodically while the display follows the stream; every 0.2 s is usual.
   virtual void videoDisplay_didProgressToTime(XELVideoDisplay& display, double time) = 0;
   /// The current stream cannot be played. The error may be null.
@@ -63,7 +64,7 @@ class XEL_EXPORT XELVideoDisplay {
 
   /// Replaces what is showing with this stream and plays it by itself once it is ready. May be
   /// called again at any time, also inside a report.
-  /// @param url the manifest's URL, as the ad server wrote it.
+  /// @param url the manifest's URL, with the request's suffix for the main stream.
   /// @param subtitles side-loaded tracks, as they came; often empty. See `kXELSubtitleLanguage`.
   virtual void loadURL_withSubtitles(const std::string& url,
                                      const std::vector<xel::JSONValue>& subtitles) = 0;

@@ -49,7 +49,7 @@ struct XEL_EXPORT HTTPRequest {
   ///
   /// The URL must be absolute, http or https, with a host, and valid by RFC 3986, but that "[" and
   /// "]" may stand in path, query and fragment, where tracking URLs carry macros. The method and
-  /// header names must be tokens; header values must hold no control character but the tab.
+  /// header names must be tokens; header values must hold no control character.
   std::optional<std::string> refusal() const;
 };
 

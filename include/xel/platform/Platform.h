@@ -20,7 +20,7 @@ struct Services {
   /// Host, or host and port, of the on-demand stream-init endpoint; reached over https.
   std::string vodHost = "vod.ssai.example";
   /// The ad server's ad-serving and ad-services domains: tracking URLs that hold one of them may
-  /// be measurement URLs.
+  /// be measurement URLs. An empty one counts for nothing.
   std::array<std::string, 2> measurementDomains = {"adserving.example", "adservices.example"};
 };
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "xel/display/XELVideoDisplay.h"
@@ -33,8 +34,9 @@ inline constexpr std::string_view httpErrorDomain = "XELHttpError";
 /// wants to change streams makes a new manager.
 ///
 /// Ownership: the host holds the manager; the manager holds the display, the last request and the
-/// monitor. Letting go of the manager ends the session: a live stream is no longer polled. A
-/// request in flight keeps the manager alive until it is answered.
+/// monitor. Letting go of the manager ends the session: a live stream is no longer polled, and an
+/// answer that comes late no longer touches the display. A stream request in flight keeps the
+/// manager alive until it is answered.
 /// Threads: main run loop. Errors: nothing is thrown; failures reach
 /// `streamManager_didReceiveError`.
 class XEL_EXPORT XELStreamManager final : public std::enable_shared_from_this<XELStreamManager>,
@@ -67,7 +69,7 @@ class XEL_EXPORT XELStreamManager final : public std::enable_shared_from_this<XE
   /// is a stream, and when a cue point ends before it starts.
   double streamTimeForContentTime(double contentTime) const;
   /// Stream time to content time, in seconds; it stands still within a break. Live streams: the
-  /// time as given. 0 before there is a stream, and when a cue point ends before it starts.
+  /// time as given. 0 before there is a stream, and when any cue point ends before it starts.
   double contentTimeForStreamTime(double streamTime) const;
   /// The last cue point that starts before the time (seconds of stream time), played or not; null
   /// if there is none. What a player needs to snap back to a break that was skipped.
