@@ -1,8 +1,8 @@
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/utsname.h>
@@ -15,106 +15,90 @@
 namespace xel {
 namespace {
 
-/// Some files of a system's root, in a folder that goes with it.
-class Root {
- public:
-  Root() {
-    std::string name = std::filesystem::temp_directory_path() / "xel-root-XXXXXX";
-    folder_ = mkdtemp(name.data());
-  }
-  ~Root() { std::filesystem::remove_all(folder_); }
+/// The facts of a system with no files at first.
+class SystemFactsTest : public testing::Test {
+ protected:
+  ~SystemFactsTest() override { std::filesystem::remove_all(root_); }
   void write(const std::filesystem::path& file, const std::string& text) const {
-    std::filesystem::create_directories((folder_ / file).parent_path());
-    std::ofstream(folder_ / file) << text;
+    std::filesystem::create_directories((root_ / file).parent_path());
+    std::ofstream(root_ / file) << text;
   }
-  SystemFacts facts() const { return SystemFacts::read(folder_); }
+  SystemFacts facts() const { return SystemFacts::read(root_); }
 
  private:
-  std::filesystem::path folder_;
+  std::string name_ = std::filesystem::temp_directory_path() / "xel-root-XXXXXX";
+  const std::filesystem::path root_ = mkdtemp(name_.data());
 };
 
-TEST(SystemFactsTest, ReadsTheOperatingSystemFromItsReleaseFile) {
-  using Optional = std::optional<std::string>;
+TEST_F(SystemFactsTest, ReadsTheOperatingSystemFromItsReleaseFile) {
   const struct {
     const char* file;
-    Optional name, version;
+    std::optional<std::string> name, version;
   } cases[] = {
       {"PRETTY_NAME=\"A B\"\nID=debian\nID_LIKE=x\nVERSION_ID=\"12\"\n", "debian", "12"},
       {"# ID=no\nVERSION_ID='4.1'\r\nID=\"tv\\\"os\" \n", "tv\"os", "4.1"},
-      {"ID=rolling\nVERSION_ID=\"\"", "rolling", {}},
-      {"ID=one\nID=two\n=\n\nID", "two", {}},
+      {"ID=one\nID=two\n=\nVERSION_ID=\"\"\nID", "two", {}},
       {"", "linux", {}},
   };
+  write("usr/lib/os-release", "ID=vendor\nVERSION_ID=0\n");
+  EXPECT_EQ(facts().operatingSystemName, "vendor");
   for (const auto& [file, name, version] : cases) {
-    const Root root;
-    root.write("usr/lib/os-release", "ID=vendor\nVERSION_ID=0\n");
-    EXPECT_EQ(root.facts().operatingSystemName, "vendor");
-    root.write("etc/os-release", file);
-    EXPECT_EQ(root.facts().operatingSystemName, name) << file;
-    EXPECT_EQ(root.facts().operatingSystemVersion, version) << file;
+    write("etc/os-release", file);
+    EXPECT_EQ(facts().operatingSystemName, name) << file;
+    EXPECT_EQ(facts().operatingSystemVersion, version) << file;
   }
 }
 
-TEST(SystemFactsTest, FallsBackFromDeviceTreeToFirmwareToKernel) {
-  const Root root;
+TEST_F(SystemFactsTest, FallsBackFromDeviceTreeToFirmwareToKernel) {
   utsname kernel{};
   ASSERT_EQ(uname(&kernel), 0);
-  EXPECT_EQ(root.facts().operatingSystemName, kernel.sysname);
-  EXPECT_EQ(root.facts().operatingSystemVersion, kernel.release);
-  EXPECT_EQ(root.facts().hardwareModel, kernel.machine);
-  root.write("sys/class/dmi/id/product_name", "Box 3\n");
-  EXPECT_EQ(root.facts().hardwareModel, "Box 3");
-  root.write("proc/device-tree/model", std::string("\0", 1));
-  EXPECT_EQ(root.facts().hardwareModel, "Box 3");
-  root.write("proc/device-tree/model", std::string("Maker Model B\0", 14));
-  EXPECT_EQ(root.facts().hardwareModel, "Maker Model B");
+  EXPECT_EQ(facts().operatingSystemName, kernel.sysname);
+  EXPECT_EQ(facts().operatingSystemVersion, kernel.release);
+  EXPECT_EQ(facts().hardwareModel, kernel.machine);
+  write("sys/class/dmi/id/product_name", "Box 3\n");
+  write("proc/device-tree/model", std::string("\0", 1));
+  EXPECT_EQ(facts().hardwareModel, "Box 3");
+  write("proc/device-tree/model", std::string("Maker Model B\0", 14));
+  EXPECT_EQ(facts().hardwareModel, "Maker Model B");
 }
 
 TEST(LinuxEnvironmentTest, AnAdvertisingIdentifierMustBeAUUID) {
-  const std::string none = "00000000-0000-0000-0000-000000000000";
   const std::string good = "0AF1B2C3-0000-4000-8000-0123456789AB";
-  const std::pair<std::optional<std::string>, std::string> cases[] = {
-      {"0af1b2c3-0000-4000-8000-0123456789ab", good},
-      {good, good},
-      {std::nullopt, none},
-      {"", none},
-      {"0af1b2c3-0000-4000-8000-0123456789abc", none},
-      {"0af1b2c3-0000-4000-8000-0123456789ag", none},
-      {"0af1b2c3000004000-8000-0123456789abcd", none},
-      {"{af1b2c3-0000-4000-8000-0123456789a}", none},
-      {"0af1b2c3-0000-4000-800-00123456789ab", none},
+  const auto environmentWith = [](const std::optional<std::string>& identifier) {
+    return makeLinuxEnvironment({std::nullopt, std::nullopt, identifier, true});
   };
-  for (const auto& [given, sent] : cases) {
-    const auto environment = makeLinuxEnvironment({std::nullopt, std::nullopt, given, true});
-    EXPECT_EQ(environment->advertisingIdentifier(), sent);
-    EXPECT_EQ(environment->isAdvertisingTrackingEnabled(), sent == good);
+  EXPECT_EQ(environmentWith("0af1b2c3-0000-4000-8000-0123456789ab")->advertisingIdentifier(), good);
+  EXPECT_TRUE(environmentWith(good)->isAdvertisingTrackingEnabled());
+  const std::optional<std::string> bad[] = {{},
+                                            "",
+                                            good + "c",
+                                            "0af1b2c3-0000-4000-8000-0123456789ag",
+                                            "0af1b2c3000004000-8000-0123456789abcd",
+                                            "0af1b2c3-0000-4000-800-00123456789ab"};
+  for (const auto& identifier : bad) {
+    const auto environment = environmentWith(identifier);
+    EXPECT_EQ(environment->advertisingIdentifier(), "00000000-0000-0000-0000-000000000000");
+    EXPECT_FALSE(environment->isAdvertisingTrackingEnabled());
   }
 }
 
 TEST(LinuxEnvironmentTest, TheDefaultPlatformCarriesTheHostsFactsAndReportsABadIdentifierOnce) {
   testing::internal::CaptureStderr();
-  const Platform platform =
-      Platform::makeDefault({.host = {"com.example.player", {}, "a\nb", true}});
+  const auto platform = Platform::makeDefault({.host = {"com.example.player", {}, "a\nb", true}});
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "The advertising identifier \"a?b\" is not a UUID; continuing without one, with "
             "tracking off.\n");
   EXPECT_EQ(platform.environment->applicationIdentifier(), "com.example.player");
-  EXPECT_EQ(platform.environment->applicationVersion(), std::nullopt);
   EXPECT_NE(platform.environment->libraryVersion().value_or(""), "");
   EXPECT_TRUE(platform.http && platform.mainRunLoop);
 }
 
 TEST(StandardErrorLogTest, WritesEachLineWithoutControlCharacters) {
   testing::internal::CaptureStderr();
-  const auto log = makeStandardErrorLog();
-  log->line("plain é – \xF0\x9F\x93\xBA");
-  log->line(
-      std::string_view("\x1B[2J a\nb\r\tc\x7F\xC2\x9B"
-                       "d\0\xC2",
-                       17));
-  log->line("");
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "plain é – \xF0\x9F\x93\xBA\n?[2J a?b??c??d?\xC2\n\n");
+  makeStandardErrorLog()->line(
+      std::string_view("é–\xF0\x9F\x93\xBA\x1B[2J\nb\r\t\x7F\xC2\x9B\0\xC2", 22));
+  makeStandardErrorLog()->line("");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "é–\xF0\x9F\x93\xBA?[2J?b?????\xC2\n\n");
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -80,31 +79,35 @@ class NginxServer {
  private:
   NginxServer() {
     std::string name = std::filesystem::temp_directory_path() / "xel-nginx-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a folder");
-    folder_ = name;
+    folder_ = mkdtemp(name.data());
     const std::string certify =
         "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 "
         "-subj /CN=127.0.0.1 -addext subjectAltName=IP:127.0.0.1 -keyout " +
-        name + "/key.pem -out " + name + "/certificate.pem 2>/dev/null";
+        name + "/key.pem -out " + caFile() + " 2>/dev/null";
     if (std::system(certify.c_str()) != 0) throw std::runtime_error("cannot run openssl");
     std::ofstream(folder_ / "text") << std::string(10'000, 'a');
     std::ofstream(folder_ / "large").close();
     std::filesystem::resize_file(folder_ / "large", std::size_t{65} << 20);
 
-    const std::array<Listener, 3> listeners;
-    plain_ = "http://127.0.0.1:" + listeners[0].port();
-    overHTTP1_ = "https://127.0.0.1:" + listeners[1].port();
-    overHTTP2_ = "https://127.0.0.1:" + listeners[2].port();
-    std::ofstream(folder_ / "nginx.conf") << configuration(listeners);
+    const Listener plain, tls, http2;
+    plain_ = "http://127.0.0.1:" + plain.port();
+    overHTTP1_ = "https://127.0.0.1:" + tls.port();
+    overHTTP2_ = "https://127.0.0.1:" + http2.port();
+    std::ofstream(folder_ / "nginx.conf")
+        << (geteuid() == 0 ? "user root root;" : "") << beforePorts
+        << "listen 127.0.0.1:" << plain.port() << "; listen 127.0.0.1:" << tls.port()
+        << " ssl; listen 127.0.0.1:" << http2.port() << " ssl http2; set $plain " << plain_ << ";"
+        << afterPorts;
     // Sockets under these numbers are what nginx takes for those of its predecessor.
     std::string sockets = "NGINX=";
-    for (const Listener& listener : listeners) sockets += std::to_string(listener.socket()) + ';';
-    const std::string file = folder_ / "nginx.conf";
+    for (const Listener* listener : {&plain, &tls, &http2}) {
+      sockets += std::to_string(listener->socket()) + ';';
+    }
     process_ = fork();
     if (process_ == 0) {
       prctl(PR_SET_PDEATHSIG, SIGTERM);
       char* environment[] = {sockets.data(), nullptr};
-      execle("/usr/sbin/nginx", "nginx", "-e", "error.log", "-p", name.c_str(), "-c", file.c_str(),
+      execle("/usr/sbin/nginx", "nginx", "-e", "error.log", "-p", name.c_str(), "-c", "nginx.conf",
              nullptr, environment);
       _exit(127);
     }
@@ -118,11 +121,7 @@ class NginxServer {
     std::filesystem::remove_all(folder_, ignored);
   }
 
-  static std::string configuration(const std::array<Listener, 3>& listeners) {
-    const auto listen = [&](int i, const std::string& options) {
-      return "listen 127.0.0.1:" + listeners[static_cast<std::size_t>(i)].port() + options + ";\n";
-    };
-    return std::string(geteuid() == 0 ? "user root root;\n" : "") + R"(
+  static constexpr auto beforePorts = R"(
 load_module /usr/lib/nginx/modules/ngx_http_echo_module.so;
 daemon off;
 pid nginx.pid;
@@ -136,34 +135,29 @@ http {
   ssl_certificate certificate.pem;
   ssl_certificate_key key.pem;
   default_type text/plain;
+  gzip_types text/plain;
   server {
-    )" + listen(0, "") +
-           listen(1, " ssl") + listen(2, " ssl http2") + R"(
     root .;
-    gzip_types text/plain;
+)";
+  static constexpr auto afterPorts = R"(
     location /text { gzip on; }
     location /large { }
     location /bomb { gzip on; alias large; }
     location /ok { add_header X-Connection $connection; return 200 "fine"; }
     location /unhurried { echo_sleep 0.001; echo fine; }
     location /echo {
-      proxy_pass http://127.0.0.1:)" +
-           listeners[0].port() + R"(/ok;
+      proxy_pass $plain/ok;
       add_header X-Request "$server_protocol $request_method $request_uri";
       add_header X-Fields "$http_user_agent|$content_type|$http_x_empty|$http_expect";
       add_header X-Body $request_body;
     }
     location /304 { return 304; }
-    location /399 { return 399 "odd"; }
-    location /400 { return 400 "bad"; }
     location /redirect { return 302 /echo; }
-    location /redirect-to-file { return 302 file:///etc/hostname; }
     location /redirect-to-ftp { return 302 ftp://127.0.0.1/x; }
     location /loop { return 302 /loop; }
   }
 }
 )";
-  }
 
   const pid_t owner_ = getpid();
   std::filesystem::path folder_;
