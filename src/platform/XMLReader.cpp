@@ -138,7 +138,7 @@ class XMLReader::Events {
     xmlSwitchEncoding(context_, XML_CHAR_ENCODING_UTF8);
     const bool whole = length == document_.size();
     xmlParseChunk(context_, document_.data(), static_cast<int>(length), whole ? 1 : 0);
-    return whole && depth_ <= maxDepth && context_->wellFormed != 0;
+    return whole && context_->wellFormed != 0 && context_->disableSAX == 0;
   }
 
  private:

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "support/Session.h"
 
 namespace xel::test {
@@ -105,6 +107,34 @@ TEST_F(SessionTest, GivesAnAdWhatDocumentAndVastSayOfIt) {
   EXPECT_EQ(ad->adBreakInfo()->duration(), 12.6f);
   EXPECT_EQ(ad->adBreakInfo()->adBreakIndex(), 1);
   EXPECT_EQ(ad->adBreakInfo()->timeOffset(), 4.5);
+}
+
+/// A host whose display reports from within a seek, and which seeks in the middle of a report.
+TEST(SeekInAReport, LeavesEachAdItsOwnEventsOnce) {
+  for (const char* report :
+       {"adBreakDidStart", "adDidStart", "didCountdownTo", "adDidComplete", "adBreakDidEnd"}) {
+    SCOPED_TRACE(report);
+    Session session;
+    auto document = StreamInfoBuilder::vod();
+    document.addBreak("one", 10).addAd("a", 4).addBreak("two", 40).addAd("b", 4);
+    session.openVOD(document.build());
+    bool sought = false;
+    session.host->onEvent = [&](const RecordingDelegate::Event& event) {
+      if (event.name == report && !std::exchange(sought, true)) session.progress({40});
+    };
+    session.progress({10, 13, 14, 41, 42, 43});
+    const Lines lines = session.host->lines(RecordingDelegate::Countdowns::leftOut);
+    for (const char* once : {"adBreakDidStart two (1 ads, 4 s)", "adDidStart b", "adDidComplete b",
+                             "adBreakDidEnd two"}) {
+      EXPECT_EQ(std::count(lines.begin(), lines.end(), once), 1) << once;
+    }
+    EXPECT_LE(std::count(lines.begin(), lines.end(), "adBreakDidEnd one"), 1);
+    for (const CannedAdServer::Sent& ping : session.server().pings()) {
+      const auto same = [&](const auto& other) { return other.request.url == ping.request.url; };
+      const auto pings = session.server().pings();
+      EXPECT_EQ(std::count_if(pings.begin(), pings.end(), same), 1) << ping.request.url;
+    }
+  }
 }
 
 }  // namespace

@@ -24,7 +24,8 @@ TEST(HTTPRequest, NamesWhatMustNotBeSent) {
                                      withURL("https://h/é")};
   refused["The URL names no host"] = {withURL("https:///p"), withURL("https:p")};
   refused["The header X holds"] = {withHeader("X", "a\nEvil: 1"), withHeader("X", "a\r"),
-                                   withHeader("X", "\x7F"), withHeader("X", std::string(1, '\0'))};
+                                   withHeader("X", "a\t"), withHeader("X", "\x7F"),
+                                   withHeader("X", std::string(1, '\0'))};
   refused["The name of a header"] = {withHeader("", "a"), withHeader("X: y", "a"),
                                      withHeader("X\r\nY", "a")};
   refused["The method"] = {withMethod(""), withMethod("GET / HTTP/1.1\r\n")};
@@ -35,7 +36,7 @@ TEST(HTTPRequest, NamesWhatMustNotBeSent) {
   }
   for (const HTTPRequest& request :
        {withURL("HTTP://h"), withURL("https://h/[A]?[B]"), withMethod("POST"),
-        withHeader("X-a1", "café\t\"x\""), withHeader("X", "")}) {
+        withHeader("X-a1", "café \"x\""), withHeader("X", "")}) {
     EXPECT_EQ(request.refusal(), std::nullopt);
   }
 }

@@ -113,7 +113,7 @@ TEST_F(InFlight, TheStreamRequestKeepsTheManagerUntilItIsAnswered) {
   EXPECT_EQ(session.server().requests().size(), 2u);
 }
 
-TEST(InFlightDocument, KeepsTheMonitorButTellsTheHostNothing) {
+TEST(InFlightDocument, KeepsTheMonitorButTouchesNeitherHostNorDisplay) {
   for (const bool live : {true, false}) {
     Session session;
     Remains remains(session);
@@ -126,6 +126,7 @@ TEST(InFlightDocument, KeepsTheMonitorButTellsTheHostNothing) {
     EXPECT_EQ(remains.names(), (Lines{"host", "display", "monitor"}));
     session.loop().advance(60);
     EXPECT_EQ(session.host->lines(), Lines{"didInitializeStream stream-1"});
+    EXPECT_TRUE(session.display->loads().empty());
     EXPECT_EQ(session.server().requests().size(), 2u);
     EXPECT_EQ(remains.names(), (Lines{"host", "display"}));
   }

@@ -108,16 +108,21 @@ TEST_F(XELTrackingPingHandlerTest, KnowsMeasurementURLsByTheirText) {
         "/PCS/view?xai=1&sig=2", "/pcs/view?XAI=1&sig=2"}) {
     EXPECT_FALSE(isMeasurement("https://adserving.example" + rest)) << rest;
   }
+  Services services;
+  services.measurementDomains = {"", "x.example"};
+  const simulation::SimulatedPlatform oneDomain(services);
+  EXPECT_FALSE(isMeasurement("https://h.example/pcs/view?xai=&sig="));
+  EXPECT_TRUE(isMeasurement("https://x.example/pcs/view?xai=&sig="));
 }
 
 TEST_F(XELTrackingPingHandlerTest, AddsItsParametersToMeasurementURLs) {
   const std::string base = "https://adserving.example/pagead/adview";
   const std::string ours = "sdkv=t.1.2.3/com.example.player&ssss=oxel";
   const std::pair<std::string, std::string> cases[] = {
-      {"?ai=1&sigh=2&flag&sdkv=old", "?ai=1&sigh=2&" + ours},
-      {"?ssss=a&ai=%61&sigh=[M]", "?ssss=oxel&ai=%61&sigh=[M]&sdkv=t.1.2.3/com.example.player"},
-      {"?ai=1&sigh=2&a=&=b&c=d=e&==&&ai=3", "?ai=3&sigh=2&a=&=b&" + ours},
-      {"?ai=1&sigh=2#f", "?#fai=1&sigh=2&" + ours},
+      {"?ai=1&sigh=2&flag&sdkv=old", "?ai=1&sdkv=t.1.2.3/com.example.player&sigh=2&ssss=oxel"},
+      {"/sigh=?ssss=a&ai=%61&a=[M]", "/sigh=?a=[M]&ai=%61&" + ours},
+      {"/sigh=?ai=1&a=&=b&c=d=e&==&&ai=3", "/sigh=?=b&a=&ai=3&" + ours},
+      {"/sigh=?ai=1#f", "/sigh=?#fai=1&" + ours},
       {"/ai=1/sigh=2?ai=1", "//sigh=2?ai=1&" + ours},
       {"/ai=/sigh=?flag&flag", "/ai=/sigh=?" + ours},
       {"/ai=/sigh=?", "/ai=/sigh=?" + ours},
@@ -129,9 +134,9 @@ TEST_F(XELTrackingPingHandlerTest, AddsItsParametersToMeasurementURLs) {
     EXPECT_EQ(XELTrackingPingHandler::addSDKParams(*url), base + expected);
   }
   platform.environment().application = std::nullopt;
-  ad->addEvent_trackingURL("start", base + "?ai=1&sigh=[SDKV]");
+  ad->addEvent_trackingURL("start", base + "/sigh=?ai=[SDKV]");
   XELTrackingPingHandler::pingEvent_forAd("start", ad);
-  EXPECT_EQ(sent()[0], base + "?ai=1&sigh=t.1.2.3&sdkv=t.1.2.3/(null)&ssss=oxel");
+  EXPECT_EQ(sent()[0], base + "/sigh=?ai=t.1.2.3&sdkv=t.1.2.3/(null)&ssss=oxel");
 }
 
 }  // namespace
