@@ -123,19 +123,13 @@ class NginxServer {
 
   static constexpr auto beforePorts = R"(
 load_module /usr/lib/nginx/modules/ngx_http_echo_module.so;
-daemon off;
-pid nginx.pid;
-error_log stderr crit;
+daemon off; pid nginx.pid; error_log stderr crit;
 events { worker_connections 4096; }
 http {
-  access_log off;
-  keepalive_requests 1000000;
-  client_body_temp_path t1; proxy_temp_path t2; fastcgi_temp_path t3; uwsgi_temp_path t4;
-  scgi_temp_path t5;
-  ssl_certificate certificate.pem;
-  ssl_certificate_key key.pem;
-  default_type text/plain;
-  gzip_types text/plain;
+  access_log off; keepalive_requests 1000000;
+  client_body_temp_path t1; proxy_temp_path t2; fastcgi_temp_path t3; uwsgi_temp_path t4; scgi_temp_path t5;
+  ssl_certificate certificate.pem; ssl_certificate_key key.pem;
+  default_type text/plain; gzip_types text/plain;
   server {
     root .;
 )";

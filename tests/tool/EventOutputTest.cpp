@@ -27,16 +27,12 @@ TEST(EventOutput, TellsOfAnAd) {
       XELAdBreakInfo::initWithKey_totalAds_duration_adBreakIndex_timeOffset("b", 3, NAN, 0, 10));
   ad->addCreatives({XELCreative::init(), XELCreative::init()});
   ad->setSelectedCreative(ad->creatives()[1]);
-  ad->addEvent_trackingURL("start", "https://t.example");
-  ad->addCompanions({XELCompanion::initPrivate()});
   const AdEvent event{"adDidStart", ad};
   EXPECT_EQ(toLine(75.25, event), "1:15.3    ad started          2/3 \"Café \"1\" 2\", 15.5 s");
   const JSONValue written = JSONValue::parse(toJSON(75.25, event)).value["ad"];
   EXPECT_EQ(written["adTitle"].text(), ad->adTitle());
   EXPECT_TRUE(written["adBreakInfo"].has("duration")) << "as null, being not a number";
   EXPECT_EQ(written["selectedCreative"].integer(), 1);
-  EXPECT_EQ(written["trackingURLs"].serialize(), R"({"start":["https://t.example"]})");
-  EXPECT_EQ(written["companions"].elements().size(), 1u);
 }
 
 TEST(EventOutput, IsJSONThatProgramsCanRead) {

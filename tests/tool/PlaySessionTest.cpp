@@ -40,10 +40,9 @@ class EventNames final : public PlayView {
 
 class PlaySessionTest : public testing::Test {
  protected:
-  void play(std::shared_ptr<XELStreamRequest> request,
-            const std::vector<double>& conversions = {}) {
+  void play(std::shared_ptr<XELStreamRequest> request) {
     isOver = false;
-    session = std::make_shared<PlaySession>(view, conversions, [this] { isOver = true; });
+    session = std::make_shared<PlaySession>(view, std::vector{4.0}, [this] { isOver = true; });
     const auto now = [this] { return platform.loop().now(); };
     installed_ = nullptr;
     auto observed = Platform::current();
@@ -80,7 +79,7 @@ TEST_F(PlaySessionTest, ShowsAnOnDemandStreamAndEndsWithItsLastPing) {
   server.answer(*answer.manifest, {200, "#EXTM3U\n#EXTINF:8,\na\n#EXT-X-ENDLIST\n"});
   server.answerOtherPings({200, "", 3});
   server.hang("https://tracking.example/k/midpoint");
-  play(vod, {4});
+  play(vod);
   EXPECT_EQ(shownNext(),
             "didInitializeStream didUpdateCuepoints loadURL streamManagerIsReadyForPlayback "
             "conversion:2:8 @2 adBreakDidStart ping ping adDidStart ping "
@@ -108,9 +107,9 @@ TEST_F(PlaySessionTest, PlaysALiveStreamAfterItsPrerollAndStopsPolling) {
                  "#EXT-X-ENDLIST\n"});
   server.answer(*answer.manifest, {200, "#EXTM3U\n#EXTINF:1,\na\n#EXT-X-ENDLIST\n"});
   server.answerOtherPings({204, "", 1});
-  play(live, {5});
+  play(live);
   EXPECT_EQ(shownNext(),
-            "didInitializeStream loadURL streamManagerIsReadyForPlayback conversion:5:5 "
+            "didInitializeStream loadURL streamManagerIsReadyForPlayback conversion:4:4 "
             "adBreakDidStart ping ping adDidStart ping @3 ping adDidComplete adBreakDidEnd "
             "@0 loadURL streamManagerIsReadyForPlayback ");
   platform.loop().advance(1);

@@ -53,8 +53,9 @@ TEST(ServedStream, ALiveDocumentAlwaysKnowsTheTextsPublished) {
     for (const auto& segment : playlist.segments) {
       for (const auto& text : segment.texts) EXPECT_TRUE(document["tags"].has(text.value));
     }
-    for (; published < playlist.mediaSequence + playlist.segments.size(); ++published) {
-      duration += playlist.segments[published - playlist.mediaSequence].duration;
+    for (const std::size_t first = playlist.mediaSequence;
+         published < first + playlist.segments.size(); ++published) {
+      duration += playlist.segments[published - first].duration;
     }
   } while (!playlist.isFinished);
   EXPECT_EQ(duration, 90.5);
@@ -73,16 +74,15 @@ TEST(ServedStream, AGivenDocumentGetsAStreamToFit) {
   };
   ServedStream vod = serve(StreamKind::vod, R"({"times":{"70":[]},"cuepoints":[{"end":40.5}]})");
   EXPECT_EQ(parsed(vod.fetchPlaylist()).segments.size(), 40u);
-
   ServedStream live = serve(StreamKind::live, R"({"tags":{"second":{},"first":{}}})");
   live.fetchDocument();
   EXPECT_TRUE(live.isNextSegmentDue());
   const auto playlist = parsed(live.fetchPlaylist());
   EXPECT_EQ(playlist.segments[0].texts[0].value, "second");
   EXPECT_EQ(playlist.segments[1].texts[0].value, "first");
-  std::size_t fetches = 1;
-  while (!parsed(live.fetchPlaylist()).isFinished) ++fetches;
-  EXPECT_EQ(fetches, 3u) << "twelve seconds: the tags and a tail";
+  live.fetchPlaylist();
+  live.fetchPlaylist();
+  EXPECT_TRUE(parsed(live.fetchPlaylist()).isFinished) << "twelve seconds: the tags and a tail";
 }
 
 }  // namespace
