@@ -164,12 +164,12 @@ TEST_F(ClockDisplayTest, LiveStandsStillWhileItFetchesAndSeesTextsOfTheNextSegme
 
 TEST_F(ClockDisplayTest, ASeekTakesNoTimeAndLiveIsFetchedByPlayedTimeButNotBeyondTheDuration) {
   serve({live(0, segment(3))});
-  play({1.0, {{1.4, 0.4}}, 1.9});
+  play({1.0, {{1.4, 0.4}}, 2.9});
   EXPECT_TRUE(reportedAfter(1.3).ends_with("1.2"));
   EXPECT_EQ(reportedAfter(0.15), "0.4");
   EXPECT_EQ(reportedAfter(0.2), "0.6");
-  EXPECT_EQ(reportedAfter(5), "0.8 end");
-  EXPECT_EQ(server.requests().size(), 2u);
+  EXPECT_EQ(reportedAfter(5), "0.8 1 1.2 1.4 1.6 1.8 end");
+  EXPECT_EQ(server.requests().size(), 3u);
 }
 
 TEST_F(ClockDisplayTest, AnotherStreamReplacesItAtOnceAndPlayedTimeGoesOn) {
