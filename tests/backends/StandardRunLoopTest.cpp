@@ -115,8 +115,10 @@ TEST_F(StandardRunLoopTest, NeitherTimersNorPostedFunctionsStarveTheOther) {
 
   // A timer that is always due.
   StandardRunLoop busy;
-  busy.every(0.001, [] { spin(std::chrono::milliseconds(2)); });
-  busy.post([&] { busy.post([&] { busy.post([&] { busy.stop(); }); }); });
+  busy.every(0.001, [&] {
+    busy.post([&] { busy.stop(); });
+    spin(std::chrono::milliseconds(2));
+  });
   busy.run();
 }
 
