@@ -58,8 +58,9 @@ void ClockDisplay::loadURL_withSubtitles(const std::string& url,
   isAtSeekTarget_ = false;
   isEndReported_ = false;
   textsFrom_ = 0;
+  const auto load = load_;
   if (const auto observer = observer_.lock()) observer->clockWillLoad(url, subtitles);
-  fetchPlaylist();
+  if (load == load_) fetchPlaylist();
 }
 
 void ClockDisplay::fetchPlaylist() {
