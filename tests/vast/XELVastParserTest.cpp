@@ -53,7 +53,7 @@ struct ElementCase {
 
 TEST(XELVastParser, ReadsTheElementsOfAnAd) {
   const ElementCase cases[] = {
-      {"<AdSystem>s</AdSystem><AdTitle>t</AdTitle><Description>d</Description>",
+      {"<AdSystem>s</AdSystem>\n<AdTitle>t</AdTitle>\n<Description>d</Description>\n",
        " title=t system=s description=d"},
       {"<InLine><Extensions><AdTitle>t</AdTitle></Extensions></InLine>", " title=t"},
       {"<adtitle>t</adtitle><AdTitles>t</AdTitles><x:AdTitle>t</x:AdTitle>", ""},
@@ -64,7 +64,7 @@ TEST(XELVastParser, ReadsTheElementsOfAnAd) {
       {"<AdTitle>a<b>c</b>d</AdTitle><AdSystem><b/>s</AdSystem>", " title=a"},
       {"<AdTitle>Größe 漢字 — 😀 und mehr</AdTitle>", " title=Größe 漢字 — 😀 und mehr"},
       {"<Description>one\r\n  été\n</Description>", " description=one\n  été\n"},
-      {"<Impression>u</Impression><Error>e</Error><Impression>u</Impression>",
+      {"<Impression>u</Impression>\n<Error>e</Error>\n<Impression>u</Impression>\n",
        " error:[e] start:[u][u]"},
       {"<Impression>\n <![CDATA[u?a&b]]>\n</Impression>", " start:[\n ][u?a&b][\n]"},
       {"<Impression>u?a&amp;b</Impression>", " start:[u?a][&][b]"},
@@ -86,7 +86,9 @@ TEST(XELVastParser, ReadsTheElementsOfCreatives) {
   const ElementCase cases[] = {
       {"<Creative id='c' sequence='2'><Linear/></Creative><Creative><Linear/></Creative>",
        "; linear id=c #2; linear #0"},
-      {"<Linear><Tracking event='Start'>s</Tracking></Linear>", "; linear #0 start:[s]"},
+      {"<Linear><Tracking event='Start'>s</Tracking>\n</Linear>\n", "; linear #0 start:[s]"},
+      {"<Creative id='c' sequence='2'><UniversalAdId>u</UniversalAdId></Creative><Linear/>",
+       "; linear #0"},
       {"<Creative sequence='+3x'><Linear/></Creative><Creative sequence='x3'><Linear/></Creative>",
        "; linear #3; linear #0"},
       {"<Linear><Impression>i</Impression><Error> <![CDATA[e]]></Error></Linear>",
@@ -102,7 +104,7 @@ TEST(XELVastParser, ReadsTheElementsOfCreatives) {
       {"<Creative><Linear/><UniversalAdId>late</UniversalAdId></Creative><Linear/>",
        "; linear #0; linear #0"},
       {"<CompanionAds><Companion width='300' height='250' apiFramework='x'><StaticResource>u"
-       "</StaticResource><Tracking event='A'>v</Tracking></Companion></CompanionAds><Linear/>",
+       "</StaticResource>\n<Tracking event='A'>v</Tracking>\n</Companion></CompanionAds><Linear/>",
        "; linear #0; companion 300x250 api=x resource=u a:[v]"},
       {"<CompanionAds><Companion height='1e2'/></CompanionAds><CompanionAds/><CompanionAds>"
        "<Companion width='w'/></CompanionAds>",
