@@ -118,6 +118,13 @@ TEST(XMLReader, TakesWhatIsOverALimitForNotWellFormedThere) {
     ASSERT_EQ(run.events.size(), 3 + events) << limit;
     EXPECT_EQ(Events(run.events.begin(), run.events.begin() + 3), (Events{"<t", "<b", "/b"}));
   }
+  EXPECT_EQ(XMLRun("<!DOCTYPE t SYSTEM '<!--'><t>" + withAttributes(257) + "</t>").events,
+            Events{"<t"});
+  std::string names;
+  for (int i = 0; i < 400000; ++i) names += "<n" + std::to_string(i) + "/>";
+  const XMLRun manyNames("<t>" + names + "</t>");
+  EXPECT_FALSE(manyNames.wellFormed);
+  EXPECT_GT(manyNames.events.size(), 200000u);
 }
 
 TEST(XMLReader, ExpandsNoDeclaredEntityAndReadsNothingElse) {
