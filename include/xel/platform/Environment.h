@@ -30,10 +30,10 @@ class XEL_EXPORT Environment {
 
 /// What only the host application knows.
 struct HostFacts {
-  std::optional<std::string> applicationIdentifier;
-  std::optional<std::string> applicationVersion;
+  std::optional<std::string> applicationIdentifier = {};
+  std::optional<std::string> applicationVersion = {};
   /// A UUID as text, in either case. Absent, or not a UUID: the all-zero UUID with tracking off.
-  std::optional<std::string> advertisingIdentifier;
+  std::optional<std::string> advertisingIdentifier = {};
   bool advertisingTrackingEnabled = false;
 };
 

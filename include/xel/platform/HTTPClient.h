@@ -29,17 +29,17 @@ struct XEL_EXPORT HTTPRequest {
   };
 
   /// An absolute http or https URL (RFC 3986), sent as it is written.
-  std::string url;
+  std::string url = {};
   std::string method = "GET";
-  std::vector<HTTPHeader> headers;
-  std::string body;
+  std::vector<HTTPHeader> headers = {};
+  std::string body = {};
   /// From sending to the last byte of the answer; absent: the client's default, 60 s.
-  std::optional<std::chrono::milliseconds> timeout;
+  std::optional<std::chrono::milliseconds> timeout = {};
   CachePolicy cachePolicy = CachePolicy::useProtocol;
   /// The tracking event that this request reports: present for a ping, absent for a document.
   /// Never sent: it lets ledgers name the ping, and tells the client to throw the body of the
   /// answer away as it comes.
-  std::optional<std::string> trackingEvent;
+  std::optional<std::string> trackingEvent = {};
 
   /// The value of the first header of that name (case-insensitive, RFC 9110 section 5.1).
   std::optional<std::string_view> header(std::string_view name) const;
@@ -56,9 +56,9 @@ struct XEL_EXPORT HTTPRequest {
 /// The answer's status line, header fields and body.
 struct HTTPResponse {
   int status = 0;
-  std::vector<HTTPHeader> headers;
+  std::vector<HTTPHeader> headers = {};
   /// At most `HTTPClient::maxBodyBytes`; empty for a ping.
-  std::string body;
+  std::string body = {};
 };
 
 /// Why a transfer failed: the codes of errors in `transferErrorDomain`. The numbers are stable.
@@ -86,8 +86,8 @@ XEL_EXPORT std::shared_ptr<const Error> makeTransferError(TransferError code,
 /// What became of a request: an error, or a response of any status.
 struct HTTPResult {
   /// Present when no complete answer was received; `response` is then without meaning.
-  std::shared_ptr<const Error> error;
-  HTTPResponse response;
+  std::shared_ptr<const Error> error = {};
+  HTTPResponse response = {};
 };
 
 /// Sends requests. One client serves the whole process.
