@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 
 #include "support/Session.h"
 
@@ -44,10 +45,7 @@ TEST(Bookkeeping, TellsWhetherACompleteEndsTheBreak) {
     bool ends;
   } rows[] = {{R"(, "position": 2)", R"("x": {"ads": 2})", true},
               {R"(, "position": 1)", R"("x": {"ads": 2})", false},
-              {R"(, "position": 3)", R"("x": {"ads": 2})", false},
-              {R"(, "position": 2.9)", R"("x": {"ads": 2})", true},
               {"", R"("x": {"ads": 2})", true},
-              {R"(, "position": "1")", R"("x": {"ads": 2})", true},
               {R"(, "position": 1e40)", R"("x": {"ads": 2})", true},
               {R"(, "position": 1)", R"("x": {})", true},
               {R"(, "position": 1)", R"("x": {"ads": true})", true},
@@ -65,8 +63,7 @@ TEST(Bookkeeping, TellsWhetherACompleteEndsTheBreak) {
 }
 
 TEST(UnusableVast, IsLoggedOnceAndLeavesNoAd) {
-  for (const char* vast : {"", R"(, "vast": "")", R"(, "vast": 3)", R"(, "vast": "no XML")",
-                           R"(, "vast": "<VAST></VAST>")", R"(, "vast": "<VAST><Ad></VAST>")"}) {
+  for (const char* vast : {"", R"(, "vast": "")", R"(, "vast": 3)", R"(, "vast": "<VAST/>")"}) {
     SCOPED_TRACE(vast);
     Session session;
     session.openVOD(R"({"times": {"0": [{"type": "start", "ad": "a"}],
@@ -97,7 +94,6 @@ TEST_F(SessionTest, GivesAnAdWhatDocumentAndVastSayOfIt) {
   const auto& ad = host->events().back().ad;
   ASSERT_TRUE(ad && ad->selectedCreative());
   EXPECT_EQ(ad->adID(), "one");
-  EXPECT_EQ(ad->adKey(), "b");
   EXPECT_EQ(ad->adPosition(), 2);
   EXPECT_EQ(ad->duration(), 10.1f);
   EXPECT_EQ(ad->adStartTime(), 7.25);
@@ -129,10 +125,9 @@ TEST(SeekInAReport, LeavesEachAdItsOwnEventsOnce) {
       EXPECT_EQ(std::count(lines.begin(), lines.end(), once), 1) << once;
     }
     EXPECT_LE(std::count(lines.begin(), lines.end(), "adBreakDidEnd one"), 1);
-    for (const CannedAdServer::Sent& ping : session.server().pings()) {
-      const auto same = [&](const auto& other) { return other.request.url == ping.request.url; };
-      const auto pings = session.server().pings();
-      EXPECT_EQ(std::count_if(pings.begin(), pings.end(), same), 1) << ping.request.url;
+    std::set<std::string> pinged;
+    for (const auto& ping : session.server().pings()) {
+      EXPECT_TRUE(pinged.insert(ping.request.url).second) << ping.request.url;
     }
   }
 }
