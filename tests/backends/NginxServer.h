@@ -105,17 +105,20 @@ class NginxServer {
     }
     process_ = fork();
     if (process_ == 0) {
+      setpgid(0, 0);
       prctl(PR_SET_PDEATHSIG, SIGTERM);
       char* environment[] = {sockets.data(), nullptr};
       execle("/usr/sbin/nginx", "nginx", "-e", "error.log", "-p", name.c_str(), "-c", "nginx.conf",
              nullptr, environment);
       _exit(127);
     }
+    setpgid(process_, process_);
   }
 
   ~NginxServer() {
     if (getpid() != owner_) return;
-    kill(process_, SIGTERM);
+    // It may still be starting, and would then forget a request to end.
+    kill(-process_, SIGKILL);
     waitpid(process_, nullptr, 0);
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
