@@ -43,7 +43,12 @@ class VastElementParser : public XMLReaderDelegate {
   const std::optional<std::string>& currentTrackingEvent() const noexcept {
     return currentTrackingEvent_;
   }
-  void setTrackingEvent(std::string_view event) { currentTrackingEvent_ = event; }
+  /// Sets the event when the current element holds a URL that is filed under one.
+  void openURLElement(const XMLAttributes& attributes) {
+    if (currentElement_ == VastElement::error) currentTrackingEvent_ = "error";
+    if (currentElement_ == VastElement::impression) currentTrackingEvent_ = "start";
+    if (currentElement_ == VastElement::tracking) setTrackingEvent(attributes);
+  }
   void setTrackingEvent(const XMLAttributes& attributes) {
     const auto event = attributes["event"];
     currentTrackingEvent_ = event ? std::optional<std::string>(lowercased(*event)) : std::nullopt;

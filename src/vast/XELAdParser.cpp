@@ -11,15 +11,6 @@ void XELAdParser::parser_didStartElement_namespaceURI_qualifiedName_attributes(
     case VastElement::ad:
       ad_->setAdID(attributes.text("id"));
       break;
-    case VastElement::error:
-      setTrackingEvent("error");
-      break;
-    case VastElement::impression:
-      setTrackingEvent("start");
-      break;
-    case VastElement::tracking:
-      setTrackingEvent(attributes);
-      break;
     case VastElement::creatives:
       xel::handOff(reader, shared_from_this(), &XELAdParser::creativesParser_, elementName,
                    attributes,
@@ -30,7 +21,7 @@ void XELAdParser::parser_didStartElement_namespaceURI_qualifiedName_attributes(
                    });
       break;
     default:
-      break;
+      openURLElement(attributes);
   }
 }
 

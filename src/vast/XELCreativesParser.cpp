@@ -26,17 +26,8 @@ void XELCreativesParser::parser_didStartElement_namespaceURI_qualifiedName_attri
             self.companions_.insert(self.companions_.end(), companions.begin(), companions.end());
           });
       break;
-    case VastElement::error:
-      setTrackingEvent("error");
-      break;
-    case VastElement::impression:
-      setTrackingEvent("start");
-      break;
-    case VastElement::tracking:
-      setTrackingEvent(attributes);
-      break;
     default:
-      break;
+      openURLElement(attributes);
   }
 }
 
