@@ -17,10 +17,13 @@ GROUPS = [
     (r"backends/[^/]+$", "default platform", None),
     (r"backends/([^/]+)/", r"\1 backend", None),
     (r"simulation/", "simulation", None),
+    (r"gstreamer/", "gstreamer backend", None),
 ]
 # Who may include a third party's headers; public headers never do.
 THIRD_PARTY = {"boost/json": {"platform", "simulation"}, "libxml/": {"platform"},
-               "uriparser/": {"platform"}, "curl/": {"curl backend"}}
+               "uriparser/": {"platform"}, "curl/": {"curl backend"},
+               "gst/": {"gstreamer backend"}, "gio/": {"gstreamer backend"},
+               "glib": {"gstreamer backend"}, "taglib/": {"gstreamer backend"}}
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 
 
