@@ -2,6 +2,7 @@
 
 /// Everything that a host application includes, but for `xel/simulation/`.
 
+#include "xel/display/XELAVPlayerVideoDisplay.h"
 #include "xel/display/XELVideoDisplay.h"
 #include "xel/model/XELAd.h"
 #include "xel/model/XELAdBreakInfo.h"

@@ -48,7 +48,10 @@ void MediaPlayer::addItemEndObserver(std::weak_ptr<MediaItemEndObserver> observe
 }
 
 void MediaPlayer::removeItemEndObserver(const MediaItemEndObserver& observer) {
-  std::erase_if(endObservers_, [&](const auto& each) { return each.lock().get() == &observer; });
+  std::erase_if(endObservers_, [&](const auto& each) {
+    const auto registered = each.lock();
+    return !registered || registered.get() == &observer;
+  });
 }
 
 void MediaPlayer::reportItemEnd(const std::shared_ptr<MediaItem>& item) {

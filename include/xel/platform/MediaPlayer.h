@@ -151,7 +151,8 @@ class XEL_EXPORT MediaPlayer {
   virtual double currentTime() const = 0;
 
   /// Calls `function` whenever the playhead has come `interval` seconds further, and after a jump;
-  /// not while it stands still. The player owns `function` until the observer is removed.
+  /// not while it stands still. The player owns `function` until the observer is removed, and keeps
+  /// it while it runs: it may remove its own observer.
   virtual TimeObserverToken addPeriodicTimeObserver(double interval,
                                                     std::function<void()> function) = 0;
   /// The function does not run again and is released. An unknown token is ignored.
