@@ -1,19 +1,14 @@
 #include "xel/simulation/VirtualRunLoop.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
+
+#include "simulation/Nanoseconds.h"
 
 namespace xel::simulation {
 namespace {
 
 constexpr double shortestInterval = 0.001;
-constexpr double longestSpan = 100 * 365.25 * 24 * 3600;
-
-/// 0 for what is not positive, or not a number.
-std::int64_t nanoseconds(double seconds) {
-  return seconds > 0 ? std::llround(std::min(seconds, longestSpan) * 1e9) : 0;
-}
 
 std::shared_ptr<std::function<void()>> shared(std::function<void()> function) {
   return std::make_shared<std::function<void()>>(std::move(function));

@@ -5,6 +5,7 @@
 
 #include "xel/simulation/RecordingDelegate.h"
 #include "xel/simulation/ScriptedDisplay.h"
+#include "xel/simulation/ScriptedMediaPlayer.h"
 #include "xel/simulation/SimulatedPlatform.h"
 #include "xel/simulation/StreamInfoBuilder.h"
 #include "xel/simulation/StreamInitAnswerBuilder.h"
