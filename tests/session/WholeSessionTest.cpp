@@ -1,3 +1,5 @@
+#include "xel/display/XELAVPlayerVideoDisplay.h"
+
 #include "support/Session.h"
 
 namespace xel::test {
@@ -88,6 +90,33 @@ TEST_F(SessionTest, OfAWholeLiveStreamWithPrerollHappensInThisOrder) {
       "adDidCrossThirdQuartile c", "ping complete c/complete", "adDidComplete c",
       "adBreakDidEnd mid"};
   EXPECT_EQ(happened(), expected);
+}
+
+TEST_F(SessionTest, OfAStreamInAMediaPlayerRunsFromItsRequestToItsEnd) {
+  const auto player = std::make_shared<ScriptedMediaPlayer>();
+  manager =
+      XELStreamManager::initWithVideoDisplay(XELAVPlayerVideoDisplay::initWithAVPlayer(player));
+  manager->setDelegate(host);
+  openVOD(StreamInfoBuilder::vod().addBreak("mid", 2).addAd("a", 4).build());
+  ASSERT_EQ(player->items().size(), 1u);
+  EXPECT_EQ(player->items()[0]->url(), "https://media.example/main.m3u8");
+  player->items()[0]->finishLoading();
+  loop().runUntilIdle();
+  player->currentItem()->setStatus(MediaItemStatus::readyToPlay);
+  player->advance(9);
+  player->endItem(player->currentItem());
+  player->currentItem()->setStatus(MediaItemStatus::failed);
+  const Lines expected = {
+      "POST " + vodURL, "didInitializeStream stream-1", "GET https://ads.example/vod.json",
+      "didUpdateCuepoints [2-6]", "streamManagerIsReadyForPlayback",
+      // The break.
+      "adBreakDidStart mid (1 ads, 4 s)", "ping start a/impression", "ping start a/start",
+      "adDidStart a", "ping creativeview a/creativeview", "didUpdateCuepoints [2-6 played]",
+      "ping firstquartile a/firstquartile", "adDidCrossFirstQuartile a", "ping midpoint a/midpoint",
+      "adDidCrossMidpoint a", "ping thirdquartile a/thirdquartile", "adDidCrossThirdQuartile a",
+      "ping complete a/complete", "adDidComplete a", "adBreakDidEnd mid"};
+  EXPECT_EQ(happened(), expected);
+  EXPECT_EQ(player->timeObserverCount(), 0u);
 }
 
 }  // namespace
