@@ -1,4 +1,6 @@
 #include <chrono>
+#include <cmath>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -107,6 +109,33 @@ TEST(VirtualRunLoop, RunsWhatIsDueInOrderOfTimeWithoutDrift) {
   for (int step = 0; step < 40; ++step) loop.advance(0.1);
   EXPECT_EQ(notes.str(), "first@0 once@1 tick@2 posted@2 nested@2.5 late@3 tick@4 ");
   EXPECT_EQ(loop.timerCount(), 1u);
+}
+
+TEST(ScriptedMediaPlayer, TellsEachObserverAtItsOwnIntervalsWhileOneItemPlays) {
+  const auto player = std::make_shared<ScriptedMediaPlayer>();
+  const auto show = [&] { player->replaceCurrentItem(player->makeItem(player->makeAsset("u"))); };
+  std::ostringstream notes;
+  const auto observe = [&](double interval, const char* what, std::function<void()> then) {
+    return player->addPeriodicTimeObserver(interval, [&, what, then] {
+      notes << what << '@' << player->currentTime() << ' ';
+      then();
+    });
+  };
+  observe(0.5, "a", [] {});
+  MediaPlayer::TimeObserverToken once = 0;
+  once = observe(0.2, "once", [&] { player->removeTimeObserver(once); });
+  EXPECT_TRUE(std::isnan(player->currentTime()));
+  player->play();
+  player->advance(1);
+  show();
+  for (int step = 0; step < 12; ++step) player->advance(0.1);
+  player->seek(7.25);
+  player->advance(0.5);
+  EXPECT_EQ(std::exchange(notes, {}).str(), "once@0.2 a@0.5 a@1 a@7.25 a@7.75 ");
+  observe(0.3, "next", show);
+  player->advance(10);
+  EXPECT_EQ(notes.str(), "next@8.05 ");
+  EXPECT_EQ(player->currentTime(), 0);
 }
 
 }  // namespace
