@@ -102,10 +102,11 @@ void XELAVPlayerVideoDisplay::setAndObservePlayerItem(std::shared_ptr<xel::Media
 
 void XELAVPlayerVideoDisplay::loadPlayerItem(const std::shared_ptr<xel::MediaItem>& item) {
   if (!item) return;
-  const auto load = std::make_shared<PendingLoad>(
-      PendingLoad{item, item->asset(), item->automaticallyLoadedAssetKeys()});
-  load->asset->loadValuesAsynchronously(load->keys, [weak = weak_from_this(), load,
-                                                     loop = xel::Platform::current().mainRunLoop] {
+  const auto asset = item->asset();
+  const auto keys = item->automaticallyLoadedAssetKeys();
+  const auto load = std::make_shared<PendingLoad>(PendingLoad{item, asset, keys});
+  const auto loop = xel::Platform::current().mainRunLoop;
+  asset->loadValuesAsynchronously(keys, [weak = weak_from_this(), load, loop] {
     // Any thread may have come here: the item goes on to the main one, and is released there.
     PendingLoad loaded = std::move(*load);
     auto failure = failureOf(loaded);
