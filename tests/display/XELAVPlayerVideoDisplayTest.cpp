@@ -187,6 +187,7 @@ TEST_F(XELAVPlayerVideoDisplayTest, MayGoOrLoadAnotherStreamInAnyReport) {
       listener->onReport = [&](const std::string& line) {
         if (reportsAfter >= 0 || line.rfind(report, 0) == 0) ++reportsAfter;
         if (reportsAfter == 0) act();
+        EXPECT_FALSE(knownDisplay.expired()) << "within its report";
       };
       const auto item = show("u");
       item->setStatus(Status::readyToPlay);
