@@ -2,7 +2,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,42 +11,14 @@
 #include "xel/simulation/SimulatedPlatform.h"
 
 #include "ClockDisplay.h"
+#include "Playback.h"
+#include "PlaybackRecorder.h"
+
 namespace xel {
 namespace {
 
 constexpr auto url = "https://h.example/live/m.m3u8";
 constexpr auto atFullSpeed = std::nullopt;
-
-/// Writes down the reports as words: a text as it is, a tick as its time.
-class Recorder final : public XELVideoDisplayDelegate, public ClockDisplayObserver {
- public:
-  void videoDisplay_didReceiveTimedMetadata(XELVideoDisplay&, const TimedMetadata& data) override {
-    add(data.at("TXXX"));
-  }
-  void videoDisplay_didProgressToTime(XELVideoDisplay&, double time) override {
-    std::ostringstream text;
-    text << time;
-    add(text.str());
-  }
-  void videoDisplay_didFailWithError(XELVideoDisplay&,
-                                     const std::shared_ptr<const Error>& error) override {
-    add(error->domain + ":" + std::to_string(error->code));
-  }
-  void videoDisplayIsReadyForPlayback(XELVideoDisplay&) override { add("ready"); }
-  void clockWillLoad(const std::string&, const std::vector<JSONValue>&) override { add("load"); }
-  void clockDidTick() override {}
-  void clockDidMiss(std::uint64_t segments) override { add("missed:" + std::to_string(segments)); }
-  void clockDidEnd() override { add("end"); }
-
-  std::string words;
-  std::function<void(const std::string&)> onWord;
-
- private:
-  void add(const std::string& word) {
-    words += (words.empty() ? "" : " ") + word;
-    if (const auto action = onWord) action(word);
-  }
-};
 
 std::string segment(double duration, const std::string& texts = "") {
   return texts + "#EXTINF:" + std::to_string(duration) + ",\ns.ts\n";
@@ -65,31 +36,31 @@ class ClockDisplayTest : public testing::Test {
   void serve(const std::vector<std::string>& playlists) {
     for (const auto& playlist : playlists) server.answer(url, {200, playlist});
   }
-  void play(ClockDisplay::Settings settings) {
-    display = std::make_shared<ClockDisplay>(
+  void play(std::optional<double> speed, PlaybackSettings settings = {}) {
+    const auto clock = std::make_shared<ClockDisplay>(
         Platform::current().http, Platform::current().mainRunLoop, [this] { return loop.now(); },
-        std::move(settings));
-    display->setDelegate(recorder);
-    display->setObserver(recorder);
-    display->loadURL_withSubtitles(url, {});
+        speed);
+    playback = Playback::make(clock, std::move(settings), recorder);
+    playback->display()->setDelegate(recorder);
+    playback->display()->loadURL_withSubtitles(url, {});
   }
   /// What has been reported since the last call of this, after so many seconds.
   std::string reportedAfter(double seconds) {
     loop.advance(seconds);
-    return std::exchange(recorder->words, {});
+    return recorder->taken();
   }
 
   const simulation::SimulatedPlatform platform;
   simulation::VirtualRunLoop& loop = platform.loop();
   simulation::CannedAdServer& server = platform.server();
-  const std::shared_ptr<Recorder> recorder = std::make_shared<Recorder>();
-  std::shared_ptr<ClockDisplay> display;
+  const std::shared_ptr<PlaybackRecorder> recorder = std::make_shared<PlaybackRecorder>();
+  std::shared_ptr<Playback> playback;
 };
 
 TEST_F(ClockDisplayTest, TextsComeBeforeTheirTickAndTheEndIsATick) {
   serve({vod(segment(0.5, "#XEL-TXXX:0,a\n#XEL-TXXX:0.4,b\n#XEL-TXXX:0.4,c\n") +
              segment(0.2, "#XEL-TXXX:0,d\n#XEL-TXXX:0.3,beyond\n"))});
-  play({atFullSpeed, {}, {}});
+  play(atFullSpeed);
   EXPECT_EQ(reportedAfter(0), "load ready a 0 0.2 b c 0.4 d 0.6 0.7 end");
 }
 
@@ -100,17 +71,20 @@ TEST_F(ClockDisplayTest, SeeksAndPlaysForADuration) {
     std::optional<double> duration;
     std::string expected;
   } cases[] = {
-      {"forward, it skips the texts between", {{0.3, 0.7}}, {}, "0 a 0.2 0.7 c 0.8 z 1 end"},
-      {"texts before it still come", {{0.5, 0.8}}, {}, "0 a 0.2 0.4 b c 0.8 z 1 end"},
-      {"back, texts come again", {{0.5, 0.2}}, 0.9, "0 a 0.2 0.4 b a 0.2 0.4 end"},
-      {"from the first tick", {{0, 0.9}}, {}, "0.9 z 1 end"},
-      {"each once, never at the target", {{0.4, 0.6}, {0.1, 0.3}}, 0.7, "0 a 0.2 0.6 0.3 0.4 end"},
-      {"beyond the end", {{0.2, 7}}, {}, "0 z 1 end"},
-      {"jumps do not count", {{0.2, 0.6}}, 0.4, "0 0.6 c 0.8 end"},
+      {"forward, it skips the texts between", {{0.3, 0.7}}, {}, "0 a 0.2 ->0.7 0.7 c 0.8 z 1 end"},
+      {"texts before it still come", {{0.5, 0.8}}, {}, "0 a 0.2 0.4 b ->0.8 c 0.8 z 1 end"},
+      {"back, texts come again", {{0.5, 0.2}}, 0.9, "0 a 0.2 0.4 b ->0.2 a 0.2 0.4 b end"},
+      {"from the first tick", {{0, 0.9}}, {}, "->0.9 0.9 z 1 end"},
+      {"each once, never at the target",
+       {{0.4, 0.6}, {0.1, 0.3}},
+       0.7,
+       "0 a 0.2 ->0.6 0.6 ->0.3 0.3 0.4 end"},
+      {"beyond the end", {{0.2, 7}}, {}, "0 ->1 z 1 end"},
+      {"jumps do not count", {{0.2, 0.6}}, 0.4, "0 ->0.6 0.6 c 0.8 end"},
   };
   serve({vod(segment(1, "#XEL-TXXX:0.2,a\n#XEL-TXXX:0.45,b\n#XEL-TXXX:0.8,c\n#XEL-TXXX:1,z\n"))});
   for (const auto& [behaviour, seeks, duration, expected] : cases) {
-    play({atFullSpeed, seeks, duration});
+    play(atFullSpeed, {seeks, duration});
     EXPECT_EQ(reportedAfter(0), "load ready " + expected) << behaviour;
   }
 }
@@ -118,8 +92,8 @@ TEST_F(ClockDisplayTest, SeeksAndPlaysForADuration) {
 TEST_F(ClockDisplayTest, LiveSeekWaitsUntilItsTargetIsKnownThoughASegmentIsMissed) {
   serve({live(0, segment(1)), live(0, segment(1) + segment(1, "#XEL-TXXX:0.1,skipped\n")),
          live(3, segment(1)) + "#EXT-X-ENDLIST"});
-  play({atFullSpeed, {{0.2, 2.5}}, {}});
-  EXPECT_EQ(reportedAfter(1), "load ready 0 missed:1 2.5 2.6 2.8 3 end");
+  play(atFullSpeed, {{{0.2, 2.5}}});
+  EXPECT_EQ(reportedAfter(1), "load ready 0 ->2.5 missed:1 2.5 2.6 2.8 3 end");
 }
 
 TEST_F(ClockDisplayTest, FailsWithTheManifestAndWithARefresh) {
@@ -129,7 +103,7 @@ TEST_F(ClockDisplayTest, FailsWithTheManifestAndWithARefresh) {
   for (const std::string failure :
        {"XELClockPlayerError:1", "XELClockPlayerError:2", "XELClockPlayerError:2",
         "ready 0 XELClockPlayerError:2", "XELTransferError:6"}) {
-    play({1.0, {}, {}});
+    play(1);
     EXPECT_EQ(reportedAfter(5), "load " + failure);
   }
 }
@@ -139,9 +113,9 @@ TEST_F(ClockDisplayTest, TicksAreComputedNotSummed) {
   int tick = 0;
   recorder->onWord = [&](const std::string& word) {
     // The position is that of the tick already.
-    if (std::isdigit(word[0]) && display->position() == tick / 5.0) ++tick;
+    if (std::isdigit(word[0]) && playback->progress().position == tick / 5.0) ++tick;
   };
-  play({atFullSpeed, {}, {}});
+  play(atFullSpeed);
   loop.runUntilIdle();
   EXPECT_EQ(tick, 15001);
 }
@@ -150,7 +124,7 @@ TEST_F(ClockDisplayTest, LiveStandsStillWhileItFetchesAndSeesTextsOfTheNextSegme
   server.answer(url, {200, live(5, segment(1))});
   server.answer(url, {200, live(5, segment(1) + segment(1, "#XEL-TXXX:0,next\n")), 0.5});
   serve({live(6, segment(1)), live(6, segment(1) + segment(0.3)) + "#EXT-X-ENDLIST"});
-  play({2.0, {}, {}});
+  play(2);
   EXPECT_EQ(reportedAfter(0.9), "load ready 0 0.2 0.4 0.6 0.8");
   EXPECT_EQ(reportedAfter(0.1), "next 1");
   // At 2 nothing new has come: asked again after half a target duration.
@@ -162,14 +136,33 @@ TEST_F(ClockDisplayTest, LiveStandsStillWhileItFetchesAndSeesTextsOfTheNextSegme
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(ClockDisplayTest, ASeekTakesNoTimeAndLiveIsFetchedByPlayedTimeButNotBeyondTheDuration) {
+TEST_F(ClockDisplayTest, ASeekTakesNoTimeAndLiveIsFetchedByPlayedTime) {
   serve({live(0, segment(3))});
-  play({1.0, {{1.4, 0.4}}, 2.9});
+  play(1, {{{1.4, 0.4}}, 2.7});
   EXPECT_TRUE(reportedAfter(1.3).ends_with("1.2"));
-  EXPECT_EQ(reportedAfter(0.15), "0.4");
+  EXPECT_EQ(reportedAfter(0.15), "->0.4 0.4");
   EXPECT_EQ(reportedAfter(0.2), "0.6");
-  EXPECT_EQ(reportedAfter(5), "0.8 1 1.2 1.4 1.6 1.8 end");
+  EXPECT_EQ(reportedAfter(5), "0.8 1 1.2 1.4 1.6 end");
   EXPECT_EQ(server.requests().size(), 3u);
+}
+
+TEST_F(ClockDisplayTest, StandsStillWhilePausedAndSeeksInEveryState) {
+  server.answer(url, {200, live(0, segment(2)), 0.5});
+  server.answer(url, {200, vod(segment(4)), 0.5});
+  play(1);
+  playback->seekBy(0.5);
+  EXPECT_EQ(reportedAfter(0.9), "load ->0.5 ready 0.5 0.6 0.8") << "while the playlist is fetched";
+  playback->togglePause();
+  playback->seekBy(0.2);
+  EXPECT_EQ(reportedAfter(5), "->1");
+  EXPECT_TRUE(playback->progress().isPaused);
+  playback->togglePause();
+  EXPECT_EQ(reportedAfter(0.25), "1 1.2");
+  playback->seekBy(-9);
+  EXPECT_EQ(reportedAfter(0.25), "->0 0 0.2");
+  playback->seekBy(3);
+  EXPECT_EQ(reportedAfter(9), "->3.2 3.2 3.4 3.6 3.8 4 end");
+  EXPECT_EQ(loop.timerCount(), 0u);
 }
 
 TEST_F(ClockDisplayTest, AnotherStreamReplacesItAtOnceAndPlayedTimeGoesOn) {
@@ -178,8 +171,8 @@ TEST_F(ClockDisplayTest, AnotherStreamReplacesItAtOnceAndPlayedTimeGoesOn) {
   serve({vod(segment(1, "#XEL-TXXX:0.3,text\n"))});
   server.answer(otherURL, {200, "#EXTM3U\n#EXT-X-STREAM-INF:A=1\n../v.m3u8?x=1\n"});
   server.answer("https://h.example/v.m3u8?x=1", {200, vod(segment(1))});
-  play({atFullSpeed, {}, 0.6});
-  display->loadURL_withSubtitles(otherURL, {});
+  play(atFullSpeed, {{}, 0.6});
+  playback->display()->loadURL_withSubtitles(otherURL, {});
   EXPECT_EQ(reportedAfter(1), "load load ready 0 0.2 0.4 0.6 end");
 
   const std::pair<std::string, std::string> cases[] = {
@@ -191,9 +184,9 @@ TEST_F(ClockDisplayTest, AnotherStreamReplacesItAtOnceAndPlayedTimeGoesOn) {
     recorder->onWord = [&](const std::string& word) {
       if (word != replaceAt) return;
       recorder->onWord = nullptr;
-      display->loadURL_withSubtitles(otherURL, {});
+      playback->display()->loadURL_withSubtitles(otherURL, {});
     };
-    play({atFullSpeed, {}, 0.6});
+    play(atFullSpeed, {{}, 0.6});
     EXPECT_EQ(reportedAfter(1), expected);
   }
 }
@@ -203,14 +196,16 @@ TEST_F(ClockDisplayTest, MayBeLetGoOfInAnyReport) {
   for (const std::string last : {"ready", "a", "0.2", "end"}) {
     for (const auto speed : {std::optional<double>(1), std::optional<double>()}) {
       SCOPED_TRACE(last);
-      std::weak_ptr<ClockDisplay> released;
+      std::weak_ptr<XELVideoDisplay> released;
       recorder->onWord = [&](const std::string& word) {
-        if (word == last) released = std::exchange(display, nullptr);
+        if (word != last) return;
+        released = playback->display();
+        playback = nullptr;
       };
-      play({speed, {}, {}});
+      play(speed);
       loop.advance(1);
       EXPECT_TRUE(released.expired());
-      EXPECT_EQ(display, nullptr);
+      EXPECT_EQ(playback, nullptr);
       EXPECT_EQ(loop.timerCount(), 0u);
     }
   }

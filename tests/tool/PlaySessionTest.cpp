@@ -11,6 +11,7 @@
 #include "xel/session/XELVODStreamRequest.h"
 #include "xel/simulation/simulation.h"
 
+#include "ClockDisplay.h"
 #include "PlaySession.h"
 
 namespace xel {
@@ -49,9 +50,9 @@ class PlaySessionTest : public testing::Test {
     const auto observing = std::make_shared<ObservingHTTPClient>(observed.http, session, now);
     observed.http = observing;
     installed_ = std::make_unique<ScopedPlatform>(observed);
-    session->start(std::make_shared<ClockDisplay>(observing, observed.mainRunLoop, now,
-                                                  ClockDisplay::Settings{std::nullopt, {}, {}}),
-                   observing, std::move(request));
+    session->start(
+        std::make_shared<ClockDisplay>(observing, observed.mainRunLoop, now, std::nullopt), {},
+        observing, std::move(request));
     platform.loop().runUntilIdle();
   }
   std::string shownNext() { return std::exchange(view->shown, {}); }
@@ -129,6 +130,20 @@ TEST_F(PlaySessionTest, FailsWithTheRequestAndWithTheDisplay) {
     EXPECT_TRUE(isOver);
     EXPECT_EQ(session->exitStatus(), 1);
   }
+}
+
+TEST_F(PlaySessionTest, FailsWhenTheAnswerNamesNoStreamToPlay) {
+  auto answer = StreamInitAnswerBuilder::live().build();
+  const std::string manifest = R"("https://media.example/main.m3u8")";
+  answer.replace(answer.find(manifest), manifest.size(), "7");
+  server.answer(liveURL, {200, answer});
+  server.answer(*StreamInitAnswerBuilder::live().id3EventsURL, {200, "{}", 1});
+  play(live);
+  EXPECT_FALSE(isOver);
+  platform.loop().advance(1);
+  EXPECT_TRUE(isOver);
+  EXPECT_EQ(session->exitStatus(), 1);
+  EXPECT_EQ(platform.log().lines().size(), 1u);
 }
 
 TEST_F(PlaySessionTest, AbandonedItEndsOnceAndAtOnce) {

@@ -35,43 +35,51 @@ std::shared_ptr<const Error> makeError(ClockPlayerError code, const std::string&
 }  // namespace
 
 ClockDisplay::ClockDisplay(std::shared_ptr<HTTPClient> http, std::shared_ptr<RunLoop> runLoop,
-                           std::function<double()> now, Settings settings)
-    : http_(std::move(http)),
-      runLoop_(std::move(runLoop)),
-      now_(std::move(now)),
-      settings_(std::move(settings)) {}
+                           std::function<double()> now, std::optional<double> speed)
+    : http_(std::move(http)), runLoop_(std::move(runLoop)), now_(std::move(now)), speed_(speed) {}
 
-ClockDisplay::~ClockDisplay() { standStill(); }
+ClockDisplay::~ClockDisplay() { stop(); }
 
-void ClockDisplay::loadURL_withSubtitles(const std::string& url,
-                                         const std::vector<JSONValue>& subtitles) {
-  standStill();
-  ++load_;
+PlayProgress ClockDisplay::progress() const {
+  return {position_, timeline_.end(), timeline_.isFinished(), isPaused_};
+}
+
+void ClockDisplay::loadURL_withSubtitles(const std::string& url, const std::vector<JSONValue>&) {
   playlistURL_ = url;
   isVariant_ = false;
   isReady_ = false;
+  isPaused_ = false;
   timeline_ = {};
-  playedBefore_ = played(position_);
-  runStart_ = 0;
-  position_ = 0;
-  clock_ = 0;
-  isAtSeekTarget_ = false;
+  position_ = clock_ = textsFrom_ = 0;
   isEndReported_ = false;
-  textsFrom_ = 0;
-  const auto load = load_;
-  if (const auto observer = observer_.lock()) observer->clockWillLoad(url, subtitles);
-  if (load == load_) fetchPlaylist();
+  fetchPlaylist();
+}
+
+void ClockDisplay::play() {
+  if (std::exchange(isPaused_, false)) goOn();
+}
+
+void ClockDisplay::pause() {
+  isPaused_ = true;
+  stop();
+}
+
+void ClockDisplay::seek(double to) {
+  refreshDue_ += to - position_;
+  position_ = clock_ = textsFrom_ = to;
+  isEndReported_ = false;
+  goOn();
 }
 
 void ClockDisplay::fetchPlaylist() {
-  standStill();
+  stop();
   HTTPRequest request;
   request.url = playlistURL_;
   request.cachePolicy = HTTPRequest::CachePolicy::reloadIgnoringLocalCache;
   http_->send(std::move(request),
-              [weak = weak_from_this(), load = load_](const HTTPResult& result) {
+              [weak = weak_from_this(), order = order_](const HTTPResult& result) {
                 const auto self = weak.lock();
-                if (self && self->load_ == load) self->handlePlaylistResult(result);
+                if (self && self->order_ == order) self->handlePlaylistResult(result);
               });
 }
 
@@ -100,31 +108,29 @@ void ClockDisplay::handlePlaylistResult(const HTTPResult& result) {
 }
 
 void ClockDisplay::takePlaylist(const MediaPlaylist& playlist) {
-  const auto load = load_;
+  const auto order = order_;
   const auto missed = timeline_.append(playlist);
   refreshDue_ = clock_ + timeline_.targetDuration();
   if (missed > 0) {
-    if (const auto observer = observer_.lock()) observer->clockDidMiss(missed);
+    if (const auto observer = observer_.lock()) observer->playerDidMiss(missed);
   }
   if (!std::exchange(isReady_, true)) {
     if (const auto target = delegate()) target->videoDisplayIsReadyForPlayback(*this);
-    if (load != load_) return;
+    if (order != order_) return;
   }
   if (timeline_.isFinished() || clock_ < timeline_.end()) return run();
-  const auto retry =
-      settings_.speed ? timeline_.targetDuration() / 2 / *settings_.speed : shortestRetry;
+  const auto retry = speed_ ? timeline_.targetDuration() / 2 / *speed_ : shortestRetry;
   everyInterval(std::max(retry, shortestRetry), &ClockDisplay::fetchPlaylist);
 }
 
 void ClockDisplay::fail(const std::shared_ptr<const Error>& error) {
-  ++load_;
+  stop();
   if (const auto target = delegate()) target->videoDisplay_didFailWithError(*this, error);
 }
 
 void ClockDisplay::end() {
-  standStill();
-  ++load_;
-  if (const auto observer = observer_.lock()) observer->clockDidEnd();
+  stop();
+  if (const auto observer = observer_.lock()) observer->playerDidEnd();
 }
 
 /// Absent when the end of the stream has been reported.
@@ -135,8 +141,8 @@ std::optional<double> ClockDisplay::nextTick() const {
 }
 
 bool ClockDisplay::isDue(double tick) const {
-  if (!settings_.speed) return true;
-  return anchorPosition_ + (now_() - anchorTime_) * *settings_.speed >= tick - tolerance;
+  if (!speed_) return true;
+  return anchorPosition_ + (now_() - anchorTime_) * *speed_ >= tick - tolerance;
 }
 
 void ClockDisplay::everyInterval(double seconds, void (ClockDisplay::*action)()) {
@@ -145,91 +151,77 @@ void ClockDisplay::everyInterval(double seconds, void (ClockDisplay::*action)())
   });
 }
 
-void ClockDisplay::standStill() {
-  isRunning_ = false;
+void ClockDisplay::stop() {
+  ++order_;
   if (timer_ != 0) runLoop_->cancel(std::exchange(timer_, 0));
 }
 
+/// Later, since a report may be under way.
+void ClockDisplay::goOn() {
+  stop();
+  if (isPaused_) return;
+  runLoop_->post([weak = weak_from_this(), order = order_] {
+    const auto self = weak.lock();
+    if (!self || self->order_ != order) return;
+    if (self->isReady_) {
+      self->run();
+    } else {
+      self->fetchPlaylist();
+    }
+  });
+}
+
 void ClockDisplay::run() {
-  standStill();
-  isRunning_ = true;
+  stop();
   anchorTime_ = now_();
   anchorPosition_ = nextTick().value_or(clock_);
-  if (settings_.speed) {
-    everyInterval(std::max(1 / ticksPerSecond / *settings_.speed, shortestInterval),
-                  &ClockDisplay::advance);
+  if (speed_) {
+    everyInterval(std::max(1 / ticksPerSecond / *speed_, shortestInterval), &ClockDisplay::advance);
   }
   advance();
 }
 
 void ClockDisplay::advance() {
-  const auto load = load_;
+  const auto order = order_;
   do {
     const auto tick = nextTick();
     if (!tick) return end();
     if (!isDue(*tick)) return;
     pass(*tick);
-    if (load != load_ || !isRunning_) return;
-  } while (settings_.speed);
+    if (order != order_) return;
+  } while (speed_);
   // Between two ticks at full speed the answers that have arrived are handled.
-  runLoop_->post([weak = weak_from_this(), load] {
+  runLoop_->post([weak = weak_from_this(), order] {
     const auto self = weak.lock();
-    if (self && self->load_ == load && self->isRunning_) self->advance();
+    if (self && self->order_ == order) self->advance();
   });
 }
 
-/// Reports the tick with the texts before it, or does what must come first.
+/// Reports the tick with the texts before it, unless the playlist must be fetched first.
 void ClockDisplay::pass(double tick) {
-  if (settings_.duration && played(tick) > *settings_.duration + tolerance) return end();
   if (!timeline_.isFinished() && (tick >= refreshDue_ || tick >= timeline_.end())) {
     return fetchPlaylist();
   }
-
-  const auto isSeeking = nextSeek_ < settings_.seeks.size() && !isAtSeekTarget_ &&
-                         tick >= settings_.seeks[nextSeek_].at;
-  if (isSeeking) {
-    const auto seek = settings_.seeks[nextSeek_];
-    if (!reportTexts(textsFrom_, std::nextafter(seek.at, -infinity))) return;
-    ++nextSeek_;
-    return jump(tick, seek.to);
-  }
-
-  if (!reportTexts(textsFrom_, tick)) return;
+  if (!reportTextsThrough(tick)) return;
   position_ = tick;
   clock_ = tickAfter(tick);
   textsFrom_ = std::nextafter(tick, infinity);
-  isAtSeekTarget_ = false;
   isEndReported_ = timeline_.isFinished() && tick >= timeline_.end();
-  const auto load = load_;
   if (const auto target = delegate()) target->videoDisplay_didProgressToTime(*this, tick);
-  if (load != load_) return;
-  if (const auto observer = observer_.lock()) observer->clockDidTick();
 }
 
-void ClockDisplay::jump(double from, double to) {
-  if (timeline_.isFinished()) to = std::min(to, timeline_.end());
-  playedBefore_ = played(from);
-  runStart_ = to;
-  position_ = to;
-  clock_ = to;
-  textsFrom_ = to;
-  refreshDue_ += to - from;
-  isAtSeekTarget_ = true;
-  if (settings_.speed) anchorTime_ += (from - anchorPosition_) / *settings_.speed;
-  anchorPosition_ = to;
-}
-
-/// Reports the texts from `from` through `through`; false when the stream was replaced meanwhile.
-bool ClockDisplay::reportTexts(double from, double through) {
-  const auto load = load_;
+/// False when the clock was told something else meanwhile.
+bool ClockDisplay::reportTextsThrough(double tick) {
+  const auto order = order_;
   const auto& texts = timeline_.texts();
-  for (auto text = texts.lower_bound(from); text != texts.end() && text->first <= through; ++text) {
+  for (auto text = texts.lower_bound(textsFrom_); text != texts.end() && text->first <= tick;
+       ++text) {
     position_ = text->first;
     const TimedMetadata metadata = {{"TXXX", text->second}};
     if (const auto target = delegate()) {
       target->videoDisplay_didReceiveTimedMetadata(*this, metadata);
     }
-    if (load != load_) return false;
+    if (order != order_) return false;
   }
   return true;
 }

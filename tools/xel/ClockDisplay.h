@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "xel/display/XELVideoDisplay.h"
 #include "xel/platform/HTTPClient.h"
 #include "xel/platform/RunLoop.h"
 
+#include "StreamPlayer.h"
 #include "StreamTimeline.h"
 
 namespace xel {
@@ -26,28 +26,7 @@ enum class ClockPlayerError : int {
   notAPlaylist = 2,  ///< What was answered is no media playlist.
 };
 
-/// A jump of the clock, in seconds of stream time: the first tick at or after `at` is replaced by
-/// one at exactly `to`.
-struct Seek {
-  double at = 0;
-  double to = 0;
-};
-
-/// Told of what a clock display does, beside its delegate. Threads: main run loop.
-class ClockDisplayObserver {
- public:
-  virtual ~ClockDisplayObserver() = default;
-  /// Before the manifest is fetched.
-  virtual void clockWillLoad(const std::string& url, const std::vector<JSONValue>& subtitles) = 0;
-  /// After the delegate heard of the same progress.
-  virtual void clockDidTick() = 0;
-  /// Live segments went out of the playlist before they were seen.
-  virtual void clockDidMiss(std::uint64_t segments) = 0;
-  /// The stream is at its end, or the duration to play ran out; nothing more is reported.
-  virtual void clockDidEnd() = 0;
-};
-
-/// A video display without pictures: it fetches the manifest and lets a clock run over it.
+/// A player without pictures: it fetches the manifest and lets a clock run over it.
 ///
 /// Tick n lies at n/5 seconds of stream time; the end of the stream is a tick too. Before a tick
 /// come the timed texts up to it, each as metadata "TXXX". An unfinished playlist is fetched again
@@ -58,21 +37,13 @@ class ClockDisplayObserver {
 /// Ownership: make it with `std::make_shared`; whoever shows a stream holds it. It may be let go
 /// of, or given another stream, inside any of its reports. Threads: main run loop.
 class ClockDisplay final : public XELVideoDisplay,
+                           public StreamPlayer,
                            public std::enable_shared_from_this<ClockDisplay> {
  public:
-  struct Settings {
-    /// Seconds of stream time for each second, positive; absent: as fast as possible.
-    std::optional<double> speed = 1;
-    /// Taken in order, each once, over all streams that are loaded.
-    std::vector<Seek> seeks;
-    /// Stream time to play, in seconds summed over all streams; jumps do not count. Absent: to the
-    /// end.
-    std::optional<double> duration;
-  };
-
   /// @param now seconds of a steady clock.
+  /// @param speed seconds of stream time for each second, positive; absent: as fast as possible.
   ClockDisplay(std::shared_ptr<HTTPClient> http, std::shared_ptr<RunLoop> runLoop,
-               std::function<double()> now, Settings settings);
+               std::function<double()> now, std::optional<double> speed);
   ~ClockDisplay() override;
 
   void loadURL_withSubtitles(const std::string& url,
@@ -81,17 +52,16 @@ class ClockDisplay final : public XELVideoDisplay,
   void setDelegate(std::weak_ptr<XELVideoDisplayDelegate> delegate) override {
     delegate_ = std::move(delegate);
   }
-  void setObserver(std::weak_ptr<ClockDisplayObserver> observer) {
+
+  std::shared_ptr<XELVideoDisplay> display() override { return shared_from_this(); }
+  void setObserver(std::weak_ptr<StreamPlayerObserver> observer) override {
     observer_ = std::move(observer);
   }
-
-  /// Stream time, in seconds: that of the last tick, or of a timed text reported since. 0 until the
-  /// first tick of a stream.
-  double position() const noexcept { return position_; }
-  /// The end of the current stream as far as it is known, in seconds.
-  double knownEnd() const noexcept { return timeline_.end(); }
-  /// Whether `knownEnd` is final.
-  bool isEndFinal() const noexcept { return timeline_.isFinished(); }
+  /// The position is that of the last tick or jump, or of a timed text reported since.
+  PlayProgress progress() const override;
+  void play() override;
+  void pause() override;
+  void seek(double to) override;
 
  private:
   void fetchPlaylist();
@@ -102,42 +72,37 @@ class ClockDisplay final : public XELVideoDisplay,
 
   std::optional<double> nextTick() const;
   bool isDue(double tick) const;
-  double played(double time) const { return playedBefore_ + (time - runStart_); }
-  void standStill();
+  void stop();
+  void goOn();
   void run();
   void advance();
   void pass(double tick);
-  void jump(double from, double to);
-  bool reportTexts(double from, double through);
+  bool reportTextsThrough(double tick);
   void everyInterval(double seconds, void (ClockDisplay::*action)());
 
   const std::shared_ptr<HTTPClient> http_;
   const std::shared_ptr<RunLoop> runLoop_;
   const std::function<double()> now_;
-  const Settings settings_;
+  const std::optional<double> speed_;
   std::weak_ptr<XELVideoDisplayDelegate> delegate_;
-  std::weak_ptr<ClockDisplayObserver> observer_;
-  std::size_t nextSeek_ = 0;
+  std::weak_ptr<StreamPlayerObserver> observer_;
 
-  /// Counts the loads: what was begun for an earlier one is dropped.
-  std::uint64_t load_ = 0;
+  /// Counts what the clock was told, such as to load: what was begun before is dropped.
+  std::uint64_t order_ = 0;
   std::string playlistURL_;
   bool isVariant_ = false;
   bool isReady_ = false;
+  bool isPaused_ = false;
   StreamTimeline timeline_;
   double refreshDue_ = 0;
 
   double position_ = 0;
   /// The next tick, unless the end comes first.
   double clock_ = 0;
-  bool isAtSeekTarget_ = false;
   bool isEndReported_ = false;
   /// Texts before this moment have been reported, or skipped.
   double textsFrom_ = 0;
-  double playedBefore_ = 0;
-  double runStart_ = 0;
 
-  bool isRunning_ = false;
   RunLoop::TimerID timer_ = 0;
   /// At this moment of the steady clock the stream stood at `anchorPosition_`.
   double anchorTime_ = 0;

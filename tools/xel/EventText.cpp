@@ -44,6 +44,7 @@ using Words = std::pair<std::string, std::string>;
 struct ToWords {
   Words operator()(const StreamInitialized& event) const { return {"stream", event.streamID}; }
   Words operator()(const StreamLoaded& event) const { return {"loading", event.url}; }
+  Words operator()(const SeekStarted& event) const { return {"seek", "to " + clockText(event.to)}; }
   Words operator()(const ReadyForPlayback&) const { return {"ready", ""}; }
   Words operator()(const BreakEvent& event) const {
     if (event.name == "adBreakDidEnd") return {"ad break ended", ""};

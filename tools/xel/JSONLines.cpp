@@ -156,6 +156,7 @@ struct AddFields {
     line["url"] = text(event.url);
     line["subtitles"] = toValue(event.subtitles);
   }
+  void operator()(const SeekStarted& event) const { line["to"] = event.to; }
   void operator()(const ReadyForPlayback&) const {}
   void operator()(const BreakEvent& event) const { line["adBreakInfo"] = toValue(event.info); }
   void operator()(const AdEvent& event) const { line["ad"] = toValue(event.ad); }

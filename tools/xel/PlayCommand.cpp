@@ -1,8 +1,6 @@
 #include "PlayCommand.h"
 
-#include <charconv>
 #include <chrono>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -25,20 +23,25 @@
 #include "xel/session/XELLiveStreamRequest.h"
 #include "xel/session/XELVODStreamRequest.h"
 
-#include "ClockDisplay.h"
+#include "CommandLine.h"
 #include "JSONLines.h"
+#include "KeyReader.h"
 #include "ObservingHTTPClient.h"
 #include "PlainView.h"
 #include "PlaySession.h"
+#include "PlayerOptions.h"
 #include "SignalWatcher.h"
 #include "TerminalView.h"
 
 namespace xel {
 namespace {
 
-constexpr auto exitStatuses =
+constexpr auto keysAndExitStatuses =
+    "Keys on a terminal:\n"
+    "  q quits, space pauses and resumes, left and right seek by 10 s, down and up by 60 s\n\n"
     "Exit status:\n"
-    "  0    the stream ended, or --duration ran out, and every ping had its result\n"
+    "  0    the stream ended, or --duration ran out, and every ping had its result; or q was "
+    "pressed\n"
     "  1    the session failed\n"
     "  2    wrong usage\n"
     "  130  ended by SIGINT\n"
@@ -47,7 +50,7 @@ constexpr auto exitStatuses =
 /// What stands on the command line for a stream of either kind.
 struct PlayOptions {
   DefaultPlatformOptions platform;
-  ClockDisplay::Settings clock;
+  PlayerOptions player;
   std::optional<std::string> apiKey;
   std::optional<std::string> authToken;
   std::optional<std::string> monitorID;
@@ -74,44 +77,6 @@ struct VODOptions : PlayOptions {
   std::string contentSourceID;
   std::string videoID;
 };
-
-[[noreturn]] void refuse(const std::string& option, const std::string& text,
-                         const std::string& wanted) {
-  throw CLI::ValidationError(option, "\"" + text + "\" is not " + wanted);
-}
-
-std::optional<double> finiteNumber(std::string_view text) {
-  double number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(number)) {
-    return std::nullopt;
-  }
-  return number;
-}
-
-double secondsFrom(const std::string& option, const std::string& text) {
-  const auto seconds = finiteNumber(text);
-  if (!seconds || *seconds < 0)
-    refuse(option, text, "a number of seconds, 0 or more, such as 12.5");
-  return *seconds;
-}
-
-std::optional<double> speedFrom(const std::string& text) {
-  if (text == "max") return std::nullopt;
-  const auto speed = finiteNumber(text);
-  if (!speed || *speed <= 0) refuse("--speed", text, "a number above 0, or max");
-  return speed;
-}
-
-Seek seekFrom(const std::string& text) {
-  const auto colon = text.find(':');
-  const auto at = finiteNumber(text.substr(0, colon));
-  const auto to = colon == std::string::npos ? std::nullopt : finiteNumber(text.substr(colon + 1));
-  if (!at || !to || *at < 0 || *to < 0) {
-    refuse("--seek", text, "AT:TO, both in seconds of stream time, such as 30:95.5");
-  }
-  return {*at, *to};
-}
 
 std::pair<std::string, std::string> adTagFrom(const std::string& text) {
   const auto equals = text.find('=');
@@ -144,23 +109,6 @@ std::string identifierFrom(const std::string& option, const std::string& text) {
   return text;
 }
 
-using Texts = std::vector<std::string>;
-
-/// An option that is given several times, with one value each time.
-CLI::Option* addRepeatable(CLI::App& command, const std::string& name, const std::string& valueName,
-                           const std::string& description,
-                           const std::function<void(const Texts&)>& take) {
-  return command.add_option_function<Texts>(name, take, description)
-      ->allow_extra_args(false)
-      ->type_name(valueName);
-}
-
-CLI::Option* addText(CLI::App& command, const std::string& name, const std::string& valueName,
-                     const std::string& description,
-                     const std::function<void(const std::string&)>& take) {
-  return command.add_option_function<std::string>(name, take, description)->type_name(valueName);
-}
-
 void addServerOptions(CLI::App& command, PlayOptions& options) {
   auto& platform = options.platform;
   addText(command, "--server", "HOST[:PORT]", "The ad server of live and on-demand streams",
@@ -176,7 +124,7 @@ void addServerOptions(CLI::App& command, PlayOptions& options) {
           });
   addRepeatable(command, "--ad-domain", "DOMAIN",
                 "A domain whose tracking URLs may be measurement URLs (give two)",
-                [&platform](const Texts& domains) {
+                [&platform](const std::vector<std::string>& domains) {
                   if (domains.size() != 2 || domains[0].empty() || domains[1].empty()) {
                     throw CLI::ValidationError("--ad-domain",
                                                "give it exactly twice, or not at all");
@@ -191,7 +139,7 @@ void addRequestOptions(CLI::App& command, PlayOptions& options) {
   command.add_option("--auth-token", options.authToken,
                      "Token that authorises the request, instead of the key");
   addRepeatable(command, "--ad-tag", "KEY=VALUE", "Ad targeting parameter (repeatable)",
-                [&options](const Texts& tags) {
+                [&options](const std::vector<std::string>& tags) {
                   for (const auto& tag : tags) {
                     const auto [key, value] = adTagFrom(tag);
                     options.adTags[key] = value;
@@ -211,25 +159,10 @@ void addRequestOptions(CLI::App& command, PlayOptions& options) {
           });
 }
 
-void addPlayerOptions(CLI::App& command, PlayOptions& options) {
-  auto& clock = options.clock;
-  addText(command, "--player", "clock",
-          "clock: no pictures, only a clock that runs over the manifest (default)",
-          [](const std::string& text) {
-            if (text != "clock") refuse("--player", text, "a player; the only one is clock");
-          });
-  addText(command, "--speed", "N|max", "Stream seconds for each second (default 1)",
-          [&clock](const std::string& text) { clock.speed = speedFrom(text); });
-  addText(command, "--duration", "SECONDS",
-          "Stream time to play, pre-roll included, jumps not (default: to the end)",
-          [&clock](const std::string& text) { clock.duration = secondsFrom("--duration", text); });
-  addRepeatable(command, "--seek", "AT:TO", "Jump to TO when AT is reached (repeatable, in order)",
-                [&clock](const Texts& seeks) {
-                  for (const auto& seek : seeks) clock.seeks.push_back(seekFrom(seek));
-                });
+void addOutputOptions(CLI::App& command, PlayOptions& options) {
   addRepeatable(command, "--convert", "TIME",
                 "Convert TIME between stream and content time (repeatable)",
-                [&options](const Texts& times) {
+                [&options](const std::vector<std::string>& times) {
                   for (const auto& time : times) {
                     const auto number = finiteNumber(time);
                     if (!number) refuse("--convert", time, "a number of seconds, such as 12.5");
@@ -239,13 +172,42 @@ void addPlayerOptions(CLI::App& command, PlayOptions& options) {
   command.add_flag("--json", options.json, "One JSON object a line on standard output");
 }
 
+bool isOnTerminal() {
+  const auto* terminal = std::getenv("TERM");
+  return isatty(STDOUT_FILENO) != 0 && terminal && std::string_view(terminal) != "dumb";
+}
+
 std::shared_ptr<PlayView> makeView(bool json) {
   if (json) return std::make_shared<JSONLines>(stdout);
-  const auto* terminal = std::getenv("TERM");
-  if (isatty(STDOUT_FILENO) != 0 && terminal && std::string_view(terminal) != "dumb") {
-    return std::make_shared<TerminalView>(stdout);
-  }
+  if (isOnTerminal()) return std::make_shared<TerminalView>(stdout);
   return std::make_shared<PlainView>(stdout);
+}
+
+void handleKey(PlaySession& session, Key key) {
+  switch (key) {
+    case Key::q:
+      return session.quit();
+    case Key::space:
+      return session.togglePause();
+    case Key::left:
+      return session.seekBy(-10);
+    case Key::right:
+      return session.seekBy(10);
+    case Key::down:
+      return session.seekBy(-60);
+    case Key::up:
+      return session.seekBy(60);
+  }
+}
+
+/// Stops the process as SIGTSTP does where nobody watches it; returns when it is continued.
+void stopProcess() {
+  sigset_t stop;
+  sigemptyset(&stop);
+  sigaddset(&stop, SIGTSTP);
+  raise(SIGTSTP);
+  pthread_sigmask(SIG_UNBLOCK, &stop, nullptr);
+  pthread_sigmask(SIG_BLOCK, &stop, nullptr);
 }
 
 double steadySeconds() {
@@ -253,16 +215,30 @@ double steadySeconds() {
 }
 
 int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& request) {
+  checkPlayerOptions(options.player);
   options.applyTo(*request);
   const auto runLoop = StandardRunLoop::main();
   const auto view = makeView(options.json);
   const auto session =
       std::make_shared<PlaySession>(view, options.conversions, [runLoop] { runLoop->stop(); });
-  // Before the HTTP client has its thread.
-  const SignalWatcher signals(runLoop, {SIGINT, SIGTERM, SIGWINCH}, [view, session](int signal) {
-    if (signal == SIGWINCH) return view->redraw();
-    session->abandon(128 + signal);
-  });
+  std::optional<KeyReader> keys;
+  // Before there are other threads.
+  const SignalWatcher signals(runLoop, {SIGINT, SIGTERM, SIGWINCH, SIGTSTP, SIGCONT},
+                              [&keys, view, session](int signal) {
+                                switch (signal) {
+                                  case SIGTSTP:
+                                    if (keys) keys->suspend();
+                                    view->suspend();
+                                    return stopProcess();
+                                  case SIGCONT:
+                                    if (keys) keys->resume();
+                                    return view->redraw();
+                                  case SIGWINCH:
+                                    return view->redraw();
+                                  default:
+                                    return session->abandon(128 + signal);
+                                }
+                              });
 
   auto platform = Platform::makeDefault(options.platform);
   const auto http = std::make_shared<ObservingHTTPClient>(platform.http, session, steadySeconds);
@@ -270,8 +246,13 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
   platform.log = view->log();
   const ScopedPlatform scope(std::move(platform));
 
-  session->start(std::make_shared<ClockDisplay>(http, runLoop, steadySeconds, options.clock), http,
-                 request);
+  const auto player =
+      makePlayer(options.player, {http, runLoop, steadySeconds, options.platform.caFile});
+  if (!player) return 1;
+  if (!options.json && isOnTerminal() && isatty(STDIN_FILENO) != 0) {
+    keys.emplace(STDIN_FILENO, runLoop, [session](Key key) { handleKey(*session, key); });
+  }
+  session->start(player, options.player.playback, http, request);
   runLoop->run();
   return session->exitStatus();
 }
@@ -279,8 +260,9 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
 void addCommonOptions(CLI::App& command, PlayOptions& options) {
   addServerOptions(command, options);
   addRequestOptions(command, options);
-  addPlayerOptions(command, options);
-  command.footer(exitStatuses);
+  addPlayerOptions(command, options.player);
+  addOutputOptions(command, options);
+  command.footer(keysAndExitStatuses);
 }
 
 }  // namespace
@@ -288,7 +270,7 @@ void addCommonOptions(CLI::App& command, PlayOptions& options) {
 void registerPlay(CLI::App& app, int& exitStatus) {
   auto* command = app.add_subcommand("play", "Play a stream and show what happens in it");
   command->require_subcommand(1);
-  command->footer(exitStatuses);
+  command->footer(keysAndExitStatuses);
 
   auto* live = command->add_subcommand("live", "Play a live stream");
   const auto liveOptions = std::make_shared<LiveOptions>();

@@ -29,6 +29,13 @@ struct StreamLoaded {
   std::vector<JSONValue> subtitles;
 };
 
+/// The playhead jumps because `--seek` or a key asks for it.
+struct SeekStarted {
+  static constexpr std::string_view name = "seek";
+  /// Seconds of stream time.
+  double to;
+};
+
 struct ReadyForPlayback {
   static constexpr std::string_view name = "streamManagerIsReadyForPlayback";
 };
@@ -85,8 +92,8 @@ struct TimeConverted {
   std::shared_ptr<XELCuepoint> previousCuepoint;
 };
 
-using PlayEvent = std::variant<StreamInitialized, StreamLoaded, ReadyForPlayback, BreakEvent,
-                               AdEvent, AdCountdown, CuepointsUpdated, ErrorReceived, PingSent,
-                               PingAnswered, TimeConverted>;
+using PlayEvent = std::variant<StreamInitialized, StreamLoaded, SeekStarted, ReadyForPlayback,
+                               BreakEvent, AdEvent, AdCountdown, CuepointsUpdated, ErrorReceived,
+                               PingSent, PingAnswered, TimeConverted>;
 
 }  // namespace xel

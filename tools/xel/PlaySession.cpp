@@ -13,15 +13,27 @@ PlaySession::PlaySession(std::shared_ptr<PlayView> view, std::vector<double> con
       conversions_(std::move(conversions)),
       whenOver_(std::move(whenOver)) {}
 
-void PlaySession::start(std::shared_ptr<ClockDisplay> display,
+void PlaySession::start(std::shared_ptr<StreamPlayer> player, PlaybackSettings settings,
                         std::shared_ptr<ObservingHTTPClient> http,
                         std::shared_ptr<XELStreamRequest> request) {
-  display_ = std::move(display);
+  playback_ = Playback::make(std::move(player), std::move(settings),
+                             std::shared_ptr<PlaybackObserver>(shared_from_this(), this));
   http_ = std::move(http);
-  display_->setObserver(weak_from_this());
-  manager_ = XELStreamManager::initWithVideoDisplay(display_);
+  manager_ = XELStreamManager::initWithVideoDisplay(playback_->display());
   manager_->setDelegate(weak_from_this());
   manager_->requestStream(std::move(request));
+}
+
+void PlaySession::togglePause() {
+  playback_->togglePause();
+  showProgress();
+  view_->redraw();
+}
+
+void PlaySession::seekBy(double seconds) {
+  playback_->seekBy(seconds);
+  showProgress();
+  view_->redraw();
 }
 
 void PlaySession::abandon(int exitStatus) {
@@ -42,10 +54,21 @@ void PlaySession::endIfPingsAreAnswered() {
   if (whenOver_) std::exchange(whenOver_, nullptr)();
 }
 
-void PlaySession::show(const PlayEvent& event) { view_->show(display_->position(), event); }
+void PlaySession::show(const PlayEvent& event) {
+  view_->show(playback_->progress().position, event);
+}
+
+void PlaySession::showProgress() {
+  auto progress = playback_->progress();
+  if (manager_ && hasCuepoints_) {
+    progress.contentTime = manager_->contentTimeForStreamTime(progress.position);
+  }
+  view_->showProgress(progress);
+}
 
 void PlaySession::streamManager_didInitializeStream(XELStreamManager&,
                                                     const std::string& streamID) {
+  isInitialized_ = true;
   show(StreamInitialized{streamID});
 }
 
@@ -109,23 +132,26 @@ void PlaySession::streamManager_ad_didCountdownTo(XELStreamManager&,
 
 void PlaySession::streamManager_didUpdateCuepoints(
     XELStreamManager&, const std::vector<std::shared_ptr<XELCuepoint>>& cuepoints) {
+  hasCuepoints_ = true;
   show(CuepointsUpdated{cuepoints});
 }
 
-void PlaySession::clockWillLoad(const std::string& url, const std::vector<JSONValue>& subtitles) {
-  show(StreamLoaded{url, subtitles});
+void PlaySession::playbackWillLoad(const std::string& url,
+                                   const std::vector<JSONValue>& subtitles) {
+  hasLoaded_ = true;
+  view_->show(0, StreamLoaded{url, subtitles});
 }
 
-void PlaySession::clockDidTick() {
-  view_->showProgress({display_->position(), display_->knownEnd(), display_->isEndFinal()});
-}
+void PlaySession::playbackWillSeek(double to) { show(SeekStarted{to}); }
 
-void PlaySession::clockDidMiss(std::uint64_t segments) {
+void PlaySession::playbackDidTick() { showProgress(); }
+
+void PlaySession::playbackDidMiss(std::uint64_t segments) {
   Platform::current().log->line("The player missed " + std::to_string(segments) +
                                 " segments that went out of the playlist");
 }
 
-void PlaySession::clockDidEnd() { endAfterPings(0); }
+void PlaySession::playbackDidEnd() { endAfterPings(0); }
 
 void PlaySession::pingWillBeSent(const std::string& event, const std::string& url) {
   show(PingSent{event, url});
@@ -136,6 +162,14 @@ void PlaySession::pingWasAnswered(const std::string& event, const std::string& u
   const auto toTheMicrosecond = std::round(milliseconds * 1000) / 1000;
   show(PingAnswered{event, url, result.error, result.response.status, toTheMicrosecond});
   endIfPingsAreAnswered();
+}
+
+/// Everything that the library still does begins with a request's answer, until it loads a stream.
+void PlaySession::requestWasAnswered() {
+  if (!isInitialized_ || hasLoaded_ || exitStatus_ || http_->outstandingRequests() > 0) return;
+  Platform::current().log->line(
+      "The ad server's answer names no stream to play: its stream_manifest is not a text");
+  endAfterPings(1);
 }
 
 }  // namespace xel

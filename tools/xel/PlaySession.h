@@ -10,9 +10,9 @@
 #include "xel/session/XELStreamManagerDelegate.h"
 #include "xel/session/XELStreamRequest.h"
 
-#include "ClockDisplay.h"
 #include "ObservingHTTPClient.h"
 #include "PlayView.h"
+#include "Playback.h"
 
 namespace xel {
 
@@ -22,8 +22,8 @@ namespace xel {
 /// It is over when the stream or the duration to play is at its end, or the session failed, and
 /// every ping that was sent has its result. Threads: main run loop.
 class PlaySession final : public XELStreamManagerDelegate,
-                          public ClockDisplayObserver,
-                          public PingObserver,
+                          public RequestObserver,
+                          private PlaybackObserver,
                           public std::enable_shared_from_this<PlaySession> {
  public:
   /// @param conversions times to convert once the stream is ready, in seconds.
@@ -31,10 +31,15 @@ class PlaySession final : public XELStreamManagerDelegate,
   PlaySession(std::shared_ptr<PlayView> view, std::vector<double> conversions,
               std::function<void()> whenOver);
 
-  void start(std::shared_ptr<ClockDisplay> display, std::shared_ptr<ObservingHTTPClient> http,
-             std::shared_ptr<XELStreamRequest> request);
+  void start(std::shared_ptr<StreamPlayer> player, PlaybackSettings settings,
+             std::shared_ptr<ObservingHTTPClient> http, std::shared_ptr<XELStreamRequest> request);
+  void togglePause();
+  /// @param seconds from where the playhead is, forward or, where negative, back.
+  void seekBy(double seconds);
   /// Ends the session now, without waiting for pings, unless it is over already.
   void abandon(int exitStatus);
+  /// The same, for a viewer who has seen enough.
+  void quit() { abandon(exitStatus_.value_or(0)); }
   /// 0 when the stream was played, 1 when the session failed, or what `abandon` was given.
   int exitStatus() const noexcept { return exitStatus_.value_or(1); }
 
@@ -63,17 +68,20 @@ class PlaySession final : public XELStreamManagerDelegate,
       XELStreamManager& manager,
       const std::vector<std::shared_ptr<XELCuepoint>>& cuepoints) override;
 
-  void clockWillLoad(const std::string& url, const std::vector<JSONValue>& subtitles) override;
-  void clockDidTick() override;
-  void clockDidMiss(std::uint64_t segments) override;
-  void clockDidEnd() override;
-
   void pingWillBeSent(const std::string& event, const std::string& url) override;
   void pingWasAnswered(const std::string& event, const std::string& url, const HTTPResult& result,
                        double milliseconds) override;
+  void requestWasAnswered() override;
 
  private:
+  void playbackWillLoad(const std::string& url, const std::vector<JSONValue>& subtitles) override;
+  void playbackWillSeek(double to) override;
+  void playbackDidTick() override;
+  void playbackDidMiss(std::uint64_t segments) override;
+  void playbackDidEnd() override;
+
   void show(const PlayEvent& event);
+  void showProgress();
   void convertTimes(const XELStreamManager& manager);
   void endAfterPings(int exitStatus);
   void endIfPingsAreAnswered();
@@ -81,9 +89,13 @@ class PlaySession final : public XELStreamManagerDelegate,
   const std::shared_ptr<PlayView> view_;
   std::vector<double> conversions_;
   std::function<void()> whenOver_;
-  std::shared_ptr<ClockDisplay> display_;
+  std::shared_ptr<Playback> playback_;
   std::shared_ptr<ObservingHTTPClient> http_;
   std::shared_ptr<XELStreamManager> manager_;
+  bool isInitialized_ = false;
+  bool hasLoaded_ = false;
+  /// Without cue points content time is not known.
+  bool hasCuepoints_ = false;
   std::optional<int> exitStatus_;
 };
 

@@ -5,18 +5,9 @@
 #include "xel/platform/Log.h"
 
 #include "PlayEvent.h"
+#include "PlayProgress.h"
 
 namespace xel {
-
-/// How far a stream has been played.
-struct PlayProgress {
-  /// Seconds of stream time.
-  double position;
-  /// The end of the stream as far as it is known, in seconds.
-  double knownEnd;
-  /// Whether `knownEnd` is final.
-  bool isEndFinal;
-};
 
 /// Shows a session to whoever started it. Threads: main run loop.
 class PlayView {
@@ -25,8 +16,10 @@ class PlayView {
   /// @param time the display's stream time, in seconds.
   virtual void show(double time, const PlayEvent& event) = 0;
   virtual void showProgress(const PlayProgress&) {}
-  /// Shows the state again, after the terminal changed its size.
+  /// Shows the state again, after the terminal changed its size, or others have written to it.
   virtual void redraw() {}
+  /// Leaves the terminal to others, until `redraw`.
+  virtual void suspend() {}
   /// Where the library's log goes while this view is up.
   virtual std::shared_ptr<Log> log() { return makeStandardErrorLog(); }
 };

@@ -15,6 +15,17 @@ namespace xel {
 namespace {
 
 constexpr auto redrawInterval = std::chrono::milliseconds(33);
+/// On a terminal with fewer, the bar needs the room.
+constexpr std::size_t columnsForContentTime = 50;
+constexpr std::size_t separatorColumns = 3;
+
+// Between two drawings the cursor stands at the beginning of the status, which nothing but the
+// terminal itself knows once it has become narrower and has broken lines. What is drawn meanwhile
+// for the earlier width must not be broken, so that the way back is one line.
+constexpr auto erased = "\r\033[J";
+constexpr auto toStatus = "\r\033[1A";
+constexpr auto wrapOff = "\033[?7l";
+constexpr auto wrapOn = "\033[?7h";
 
 constexpr auto bold = "\033[1m";
 constexpr auto dim = "\033[2m";
@@ -47,9 +58,9 @@ std::size_t columnsOf(std::FILE* terminal) {
 
 /// The text's beginning, as far as it fits. Characters of the scripts that may be wide count as
 /// wide, so that the result never takes more columns than there are.
-std::string fitted(std::string_view text, std::size_t columns, std::size_t& used) {
+std::string fitted(std::string_view text, std::size_t columns) {
   std::string result;
-  used = 0;
+  std::size_t used = 0;
   while (!text.empty()) {
     const auto length = std::max<std::size_t>(leadingCharacterLength(text), 1);
     const std::size_t width = length > 2 ? 2 : 1;
@@ -115,10 +126,7 @@ TerminalView::TerminalView(std::FILE* out)
       hasColours_(environmentValue("NO_COLOR").empty()),
       hasLineCharacters_(isUTF8Locale()) {}
 
-TerminalView::~TerminalView() {
-  redraw();
-  put("\n");
-}
+TerminalView::~TerminalView() { suspend(); }
 
 void TerminalView::show(double time, const PlayEvent& event) {
   follow(time, event);
@@ -138,23 +146,23 @@ std::shared_ptr<Log> TerminalView::log() {
 
 void TerminalView::redraw() { redraw(""); }
 
+void TerminalView::suspend() { put(erased + status() + "\n"); }
+
 void TerminalView::redraw(const std::string& above) {
+  drawnAt_ = std::chrono::steady_clock::now();
   // In one piece, so that nothing flickers.
-  auto text = erased();
-  text += above;
-  text += drawn();
-  put(text);
+  put(erased + above + status() + toStatus);
 }
 
 void TerminalView::writeAbove(const std::function<void()>& write) {
-  put(erased());
+  put(erased);
   write();
-  put(drawn());
+  redraw();
 }
 
 void TerminalView::follow(double time, const PlayEvent& event) {
   if (std::holds_alternative<StreamLoaded>(event)) {
-    progress_ = {0, 0, false};
+    progress_ = {};
     seenBreaks_.clear();
   } else if (std::holds_alternative<ReadyForPlayback>(event)) {
     isReady_ = true;
@@ -185,13 +193,21 @@ std::string TerminalView::styled(const char* style, const std::string& text) con
   return style + text + plain;
 }
 
-TerminalView::StatusLine TerminalView::barLine(std::size_t columns) const {
-  const auto before = clockText(progress_.position) + " ";
-  const auto after = " " + (progress_.isEndFinal ? clockText(progress_.knownEnd) : "live");
-  if (columns <= before.size() + after.size()) return {"", 0};
+std::string TerminalView::separator() const { return hasLineCharacters_ ? " · " : " | "; }
+
+std::string TerminalView::barLine(std::size_t columns) const {
+  auto before = clockText(progress_.position);
+  auto beforeColumns = before.size();
+  if (progress_.contentTime && columns >= columnsForContentTime) {
+    const auto content = "content " + clockText(*progress_.contentTime);
+    before += separator() + content;
+    beforeColumns += separatorColumns + content.size();
+  }
+  const auto after = progress_.isEndFinal ? clockText(progress_.knownEnd) : "live";
+  const auto taken = beforeColumns + after.size() + 2;
+  if (columns <= taken) return "";
   const auto cells = barCells(progress_.position, progress_.knownEnd,
-                              cuepoints_.empty() ? seenBreaks_ : cuepoints_,
-                              columns - before.size() - after.size());
+                              cuepoints_.empty() ? seenBreaks_ : cuepoints_, columns - taken);
   std::string bar;
   for (auto cell = cells.begin(); cell != cells.end();) {
     const auto runEnd = std::find_if(cell, cells.end(), [&](BarCell c) { return c != *cell; });
@@ -200,10 +216,10 @@ TerminalView::StatusLine TerminalView::barLine(std::size_t columns) const {
     for (; cell != runEnd; ++cell) run += hasLineCharacters_ ? look.lineCharacter : look.ascii;
     bar += styled(look.style, run);
   }
-  return {before + bar + after, columns};
+  return before + " " + bar + " " + after;
 }
 
-TerminalView::StatusLine TerminalView::adLine(std::size_t columns) const {
+std::string TerminalView::adLine(std::size_t columns) const {
   auto before = std::string(isReady_ ? "content" : "waiting for the stream");
   std::string title;
   std::string after;
@@ -213,31 +229,19 @@ TerminalView::StatusLine TerminalView::adLine(std::size_t columns) const {
     title = printable(ad_->adTitle().value_or(ad_->adKey().value_or("")));
     after = "  " + clockText(adRemaining_) + " left";
   }
-  if (columns < before.size() + after.size()) return {"", 0};
-  std::size_t titleColumns = 0;
-  title = fitted(title, columns - before.size() - after.size(), titleColumns);
-  return {before + styled(bold, title) + after, before.size() + titleColumns + after.size()};
-}
-
-std::string TerminalView::erased() {
-  if (drawnColumns_.empty()) return "";
-  const auto columns = columnsOf(out_);
-  std::size_t rows = 0;
-  for (const auto drawnColumns : std::exchange(drawnColumns_, {})) {
-    // A terminal that has become narrower has broken the line.
-    rows += std::max<std::size_t>((drawnColumns + columns - 1) / columns, 1);
+  auto taken = before.size() + after.size();
+  if (progress_.isPaused) {
+    const std::string paused = "paused";
+    after += separator() + paused;
+    taken += separatorColumns + paused.size();
   }
-  return "\r" + (rows > 1 ? "\033[" + std::to_string(rows - 1) + "A" : "") + "\033[J";
+  if (columns < taken) return "";
+  return before + styled(bold, fitted(title, columns - taken)) + after;
 }
 
-std::string TerminalView::drawn() {
-  // The last column stays free: a terminal may move to the next line when it is written.
-  const auto columns = columnsOf(out_) - 1;
-  const auto bar = barLine(columns);
-  const auto ad = adLine(columns);
-  drawnAt_ = std::chrono::steady_clock::now();
-  drawnColumns_ = {bar.columns, ad.columns};
-  return bar.text + "\n" + ad.text;
+std::string TerminalView::status() const {
+  const auto columns = columnsOf(out_);
+  return wrapOff + barLine(columns) + "\n" + adLine(columns) + wrapOn;
 }
 
 void TerminalView::put(const std::string& text) {
