@@ -38,6 +38,8 @@ class AdServer {
     /// session, such as "https://localhost:8443/streams/1".
     std::shared_ptr<const GivenDocument> document;
     std::optional<GivenDocument> answer;
+    /// The media of the streams; null: playlists alone. Not with `document`.
+    std::shared_ptr<const MediaLibrary> media;
     /// Writes a line to standard error for each request.
     bool verbose = false;
   };
@@ -64,9 +66,13 @@ class AdServer {
   void answerDocument(const httplib::Request& request, httplib::Response& response);
   void answerPlaylist(const httplib::Request& request, httplib::Response& response);
   void answerPreroll(const httplib::Request& request, httplib::Response& response);
+  void answerMediaPlaylist(const httplib::Request& request, httplib::Response& response);
+  void answerSegment(const httplib::Request& request, httplib::Response& response);
   std::string documents();
   /// The stream that the path names; null when there is none. Call with `mutex_` held.
   ServedStream* streamOf(const httplib::Request& request);
+  /// Likewise its media.
+  MediaStream* mediaOf(const httplib::Request& request);
 
   const Settings settings_;
   const TemporaryFolder folder_;

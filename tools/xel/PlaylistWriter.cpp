@@ -7,9 +7,6 @@
 namespace xel::serve {
 namespace {
 
-constexpr long long segmentMilliseconds =
-    static_cast<long long>(PlaylistWriter::segmentSeconds * 1000);
-
 long long toMilliseconds(double seconds) { return std::llround(seconds * 1000); }
 
 /// Such as "1.950".
@@ -19,32 +16,50 @@ std::string seconds(long long milliseconds) {
          fraction;
 }
 
+std::vector<PlaylistSegment> cut(double duration) {
+  std::vector<PlaylistSegment> segments;
+  for (double start = 0; segments.empty() || toMilliseconds(duration - start) > 0;
+       start += PlaylistWriter::segmentSeconds) {
+    segments.push_back({std::clamp(duration - start, 0.001, PlaylistWriter::segmentSeconds),
+                        "segment-" + std::to_string(segments.size()) + ".ts"});
+  }
+  return segments;
+}
+
 }  // namespace
 
-PlaylistWriter::PlaylistWriter(double duration, std::vector<StreamText> texts)
-    : milliseconds_(std::max(1LL, toMilliseconds(duration))),
-      texts_(std::move(texts)),
-      segmentCount_(static_cast<std::size_t>((milliseconds_ + segmentMilliseconds - 1) /
-                                             segmentMilliseconds)) {}
+PlaylistWriter::PlaylistWriter(std::vector<PlaylistSegment> segments, std::vector<StreamText> texts)
+    : segments_(std::move(segments)), texts_(std::move(texts)) {}
 
-std::string PlaylistWriter::playlist(std::size_t first, std::size_t end) const {
-  std::string text = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:" +
-                     std::to_string(static_cast<int>(std::ceil(segmentSeconds))) +
-                     "\n#EXT-X-MEDIA-SEQUENCE:" + std::to_string(first) + "\n";
-  auto next = std::find_if(texts_.begin(), texts_.end(), [first](const StreamText& each) {
-    return toMilliseconds(each.time) >= static_cast<long long>(first) * segmentMilliseconds;
-  });
-  for (std::size_t segment = first; segment < end; ++segment) {
-    const long long start = static_cast<long long>(segment) * segmentMilliseconds;
-    const long long stop = std::min(start + segmentMilliseconds, milliseconds_);
+PlaylistWriter::PlaylistWriter(double duration, std::vector<StreamText> texts)
+    : PlaylistWriter(cut(duration), std::move(texts)) {}
+
+std::string PlaylistWriter::playlist(std::size_t first, std::size_t end, bool isFinal) const {
+  std::string text;
+  double longest = 0;
+  int discontinuities = 0;
+  long long start = 0;
+  auto next = texts_.begin();
+  for (std::size_t i = 0; i < end; ++i) {
+    const auto& [duration, uri, isDiscontinuity] = segments_[i];
+    const long long stop = start + toMilliseconds(duration);
+    longest = std::max(longest, duration);
+    if (i < first && isDiscontinuity) ++discontinuities;
+    if (i >= first && isDiscontinuity) text += "#EXT-X-DISCONTINUITY\n";
     for (; next != texts_.end() && toMilliseconds(next->time) < stop; ++next) {
-      if (next->value.find_first_of("\r\n") != std::string::npos) continue;
+      if (i < first || next->value.find_first_of("\r\n") != std::string::npos) continue;
       text += "#XEL-TXXX:" + seconds(toMilliseconds(next->time) - start) + "," + next->value + "\n";
     }
-    text += "#EXTINF:" + seconds(stop - start) + ",\nsegment-" + std::to_string(segment) + ".ts\n";
+    if (i >= first) text += "#EXTINF:" + seconds(stop - start) + ",\n" + uri + "\n";
+    start = stop;
   }
-  if (end == segmentCount_) text += "#EXT-X-ENDLIST\n";
-  return text;
+  std::string head = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:" +
+                     std::to_string(static_cast<int>(std::ceil(longest))) +
+                     "\n#EXT-X-MEDIA-SEQUENCE:" + std::to_string(first) + "\n";
+  if (discontinuities > 0) {
+    head += "#EXT-X-DISCONTINUITY-SEQUENCE:" + std::to_string(discontinuities) + "\n";
+  }
+  return head + text + (isFinal ? "#EXT-X-ENDLIST\n" : "");
 }
 
 }  // namespace xel::serve

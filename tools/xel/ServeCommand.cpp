@@ -25,6 +25,7 @@ struct ServeOptions {
   serve::AdServer::Settings server;
   std::string documentFile;
   std::string answerFile;
+  std::string mediaFolder;
 };
 
 serve::GivenDocument readOption(const std::string& option, const std::string& file) {
@@ -42,6 +43,13 @@ void runServe(const ServeOptions& options, int& exitStatus) {
         readOption("--document", options.documentFile));
   }
   if (!options.answerFile.empty()) settings.answer = readOption("--answer", options.answerFile);
+  if (!options.mediaFolder.empty()) {
+    try {
+      settings.media = std::make_shared<const serve::MediaLibrary>(options.mediaFolder);
+    } catch (const std::runtime_error& error) {
+      throw CLI::ValidationError("--media", error.what());
+    }
+  }
 
   const auto loop = std::make_shared<StandardRunLoop>();
   const SignalWatcher signals(loop, {SIGINT, SIGTERM}, [&loop](int) { loop->stop(); });
@@ -67,8 +75,15 @@ void registerServe(CLI::App& app, int& exitStatus) {
       .add_option("--live-duration", server.liveDuration, "Seconds after which a live stream ends")
       ->check(CLI::Range(1.0, 86400.0))
       ->default_val(60);
-  command.add_option("--document", options->documentFile,
-                     "Stream info document to serve in place of generated ones (JSON file)");
+  auto* const document =
+      command.add_option("--document", options->documentFile,
+                         "Stream info document to serve in place of generated ones (JSON file)");
+  command
+      .add_option("--media", options->mediaFolder,
+                  "Stream real media, which ffmpeg makes in this folder when it has none;\n"
+                  "without it, playlists alone are served, for players without pictures")
+      ->type_name("DIR")
+      ->excludes(document);
   command.add_option("--answer", options->answerFile,
                      "Answer to every stream request in place of generated ones (JSON file);\n"
                      "\"{session}\" in it stands for the session's URL");

@@ -1,7 +1,6 @@
 #include "ServedStream.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 #include "xel/platform/Platform.h"
@@ -11,7 +10,6 @@
 namespace xel::serve {
 namespace {
 
-constexpr double vodDuration = 120;
 constexpr std::size_t firstSegments = 3;
 constexpr std::size_t windowSegments = 6;
 /// How far a live document is ahead of the playlist.
@@ -20,33 +18,23 @@ constexpr double documentLead = 20;
 /// it gets to the segment.
 constexpr double playlistLag = 2 * PlaylistWriter::segmentSeconds;
 
-double durationOf(const PlannedBreak& planned) {
-  return std::accumulate(planned.adDurations.begin(), planned.adDurations.end(), 0.0);
-}
+/// Playlists and their media, below a session's URL.
+constexpr const char* mainName = "main";
+constexpr const char* prerollName = "preroll";
 
-const PlannedBreak& prerollBreak() {
-  static const PlannedBreak preroll = {"preroll", 0, {4, 5}};
-  return preroll;
-}
-
-std::vector<PlannedBreak> planBreaks(const ServedStream::Settings& settings) {
-  if (settings.kind == StreamKind::vod) {
-    return {{"break-1", 10, {8, 10, 6.5}}, {"break-2", 60, {15, 10}}};
-  }
-  std::vector<PlannedBreak> breaks;
-  for (double start = 10;; start += 30) {
-    PlannedBreak next = {"break-" + std::to_string(breaks.size() + 1), start, {4, 6, 5.5}};
-    if (start + durationOf(next) > settings.liveDuration) return breaks;
-    breaks.push_back(std::move(next));
-  }
+StreamPlan planOf(const ServedStream::Settings& settings) {
+  return settings.media ? mediaPlan(settings.kind, settings.liveDuration)
+                        : namedPlan(settings.kind, settings.liveDuration);
 }
 
 }  // namespace
 
 ServedStream::ServedStream(Settings settings)
-    : settings_(std::move(settings)),
-      breaks_(planBreaks(settings_)),
-      mainPlaylist_(mainPlaylist()) {}
+    : settings_(std::move(settings)), plan_(planOf(settings_)), mainPlaylist_(mainPlaylist()) {
+  if (!settings_.media) return;
+  mainMedia_.emplace(settings_.media, plan_, settings_.kind == StreamKind::live);
+  if (settings_.preroll) prerollMedia_.emplace(settings_.media, prerollPlan(), false);
+}
 
 std::string ServedStream::answer() const {
   simulation::StreamInitAnswerBuilder answer;
@@ -67,20 +55,23 @@ std::string ServedStream::answer() const {
 }
 
 const std::string& ServedStream::fetchDocument() {
-  fetchedCover_ =
-      static_cast<double>(std::max(published_, firstSegments)) * PlaylistWriter::segmentSeconds +
-      documentLead;
+  const double published = mainMedia_ ? mainMedia_->publishedUntil(settings_.now())
+                                      : static_cast<double>(std::max(published_, firstSegments)) *
+                                            PlaylistWriter::segmentSeconds;
+  fetchedCover_ = published + documentLead;
   lastDocument_ = settings_.document ? settings_.document->text : builder().build();
   return lastDocument_;
 }
 
 bool ServedStream::isNextSegmentDue() const {
-  if (settings_.kind == StreamKind::vod || settings_.document || lastDocument_.empty()) return true;
+  const bool keepsStep = settings_.kind == StreamKind::live && !settings_.document && !mainMedia_;
+  if (!keepsStep || lastDocument_.empty()) return true;
   return static_cast<double>(nextPublished()) * PlaylistWriter::segmentSeconds + playlistLag <=
          covered_;
 }
 
 std::string ServedStream::fetchPlaylist() {
+  if (mainMedia_) return MediaStream::masterPlaylist(mainName);
   if (settings_.kind == StreamKind::vod) return mainPlaylist_.wholePlaylist();
   published_ = nextPublished();
   return mainPlaylist_.playlist(published_ - std::min(published_, windowSegments), published_);
@@ -88,18 +79,24 @@ std::string ServedStream::fetchPlaylist() {
 
 std::string ServedStream::prerollPlaylist() const {
   if (!settings_.preroll) return {};
-  return playlist({prerollBreak()}, durationOf(prerollBreak())).wholePlaylist();
+  if (prerollMedia_) return MediaStream::masterPlaylist(prerollName);
+  return PlaylistWriter(prerollPlan().duration, textsOf(prerollPlan())).wholePlaylist();
+}
+
+MediaStream* ServedStream::media(const std::string& name) {
+  auto& media = name == prerollName ? prerollMedia_ : mainMedia_;
+  return media ? &*media : nullptr;
 }
 
 simulation::StreamInfoBuilder ServedStream::builder() const {
   if (settings_.kind == StreamKind::vod) {
     auto builder = simulation::StreamInfoBuilder::vod();
-    for (const PlannedBreak& planned : breaks_) addBreak(planned, builder);
+    for (const PlannedBreak& planned : plan_.breaks) addBreak(planned, builder);
     return builder;
   }
   auto builder = simulation::StreamInfoBuilder::live();
-  if (settings_.preroll) addBreak(prerollBreak(), builder);
-  for (const PlannedBreak& planned : breaks_) {
+  if (settings_.preroll) addBreak(prerollPlan().breaks[0], builder);
+  for (const PlannedBreak& planned : plan_.breaks) {
     if (planned.start < fetchedCover_) addBreak(planned, builder);
   }
   return builder;
@@ -110,7 +107,7 @@ void ServedStream::addBreak(const PlannedBreak& planned,
   const auto& domains = Services().measurementDomains;
   builder.addBreak(planned.key, planned.start);
   for (std::size_t i = 0; i < planned.adDurations.size(); ++i) {
-    const std::string key = planned.key + "-ad-" + std::to_string(i + 1);
+    const std::string key = adKey(planned, i);
     const std::string base = settings_.trackingURL + "/" + key;
     auto vast = simulation::VastBuilder::typical(key, settings_.trackingURL);
     vast.impression(base + "/pagead/adview?ai=1&sigh=2&version=[SDKV]&from=" + domains[0])
@@ -120,21 +117,12 @@ void ServedStream::addBreak(const PlannedBreak& planned,
 }
 
 PlaylistWriter ServedStream::mainPlaylist() const {
-  if (settings_.kind == StreamKind::vod) {
-    return settings_.document ? vodPlaylistFor(settings_.document->value)
-                              : PlaylistWriter(vodDuration, {});
+  if (settings_.document) {
+    return settings_.kind == StreamKind::vod ? vodPlaylistFor(settings_.document->value)
+                                             : livePlaylistFor(settings_.document->value);
   }
-  return settings_.document ? livePlaylistFor(settings_.document->value)
-                            : playlist(breaks_, settings_.liveDuration);
-}
-
-PlaylistWriter ServedStream::playlist(const std::vector<PlannedBreak>& breaks,
-                                      double duration) const {
-  auto builder = simulation::StreamInfoBuilder::live();
-  for (const PlannedBreak& planned : breaks) addBreak(planned, builder);
-  std::vector<StreamText> texts;
-  for (auto& event : builder.events()) texts.push_back({event.time, std::move(event.text)});
-  return {duration, std::move(texts)};
+  if (settings_.kind == StreamKind::vod) return {plan_.duration, {}};
+  return {plan_.duration, textsOf(plan_)};
 }
 
 std::size_t ServedStream::nextPublished() const {

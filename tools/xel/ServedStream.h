@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,23 +10,20 @@
 #include "xel/simulation/StreamInfoBuilder.h"
 
 #include "GivenDocument.h"
+#include "MediaLibrary.h"
+#include "MediaStream.h"
 #include "PlaylistWriter.h"
+#include "StreamPlan.h"
 #include "StreamRequestCheck.h"
 
 namespace xel::serve {
 
-/// An ad break of a generated stream. Seconds of stream time.
-struct PlannedBreak {
-  std::string key;
-  double start;
-  std::vector<double> adDurations;
-};
-
 /// One stream session: what its player gets, and how far it has got.
 ///
-/// A live stream grows by one segment with each fetch of its playlist, so that it keeps step with
-/// players of any speed. Its document is ahead of it by some breaks, and no segment is due before
-/// the player has had a document that knows its ads.
+/// A live stream without media grows by one segment with each fetch of its playlist, so that it
+/// keeps step with players of any speed; one with media grows as time passes. Its document is ahead
+/// of it by some breaks, and without media no segment is due before the player has had a document
+/// that knows its ads.
 /// Not thread-safe.
 class ServedStream {
  public:
@@ -41,6 +39,10 @@ class ServedStream {
     std::string trackingURL;
     /// The stream info document, if it is not to be generated.
     std::shared_ptr<const GivenDocument> document;
+    /// The media to stream; null: playlists alone.
+    std::shared_ptr<const MediaLibrary> media;
+    /// Seconds of a steady clock; needed with media.
+    std::function<double()> now;
   };
 
   /// Seconds between two polls of a live document.
@@ -67,16 +69,20 @@ class ServedStream {
   /// Empty when the stream has no pre-roll.
   std::string prerollPlaylist() const;
 
+  /// The media behind the main playlist, or behind that of the pre-roll; null when there are none.
+  MediaStream* media(const std::string& name);
+
  private:
   simulation::StreamInfoBuilder builder() const;
   void addBreak(const PlannedBreak& planned, simulation::StreamInfoBuilder& builder) const;
   PlaylistWriter mainPlaylist() const;
-  PlaylistWriter playlist(const std::vector<PlannedBreak>& breaks, double duration) const;
   std::size_t nextPublished() const;
 
   const Settings settings_;
-  const std::vector<PlannedBreak> breaks_;
+  const StreamPlan plan_;
   const PlaylistWriter mainPlaylist_;
+  std::optional<MediaStream> mainMedia_;
+  std::optional<MediaStream> prerollMedia_;
   std::string lastDocument_;
   /// Segments of the live stream that have been published.
   std::size_t published_ = 0;
