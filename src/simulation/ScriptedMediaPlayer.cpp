@@ -50,9 +50,10 @@ void ScriptedMediaPlayer::seek(double seconds) {
   runObserversDue();
 }
 
-void ScriptedMediaPlayer::endItem(std::shared_ptr<MediaItem> item) {
+void ScriptedMediaPlayer::endItem(const std::shared_ptr<MediaItem>& item) {
   const auto self = weak_from_this().lock();
-  reportItemEnd(item);
+  // A copy: the reference may be to what an observer lets go of.
+  reportItemEnd(std::shared_ptr<MediaItem>(item));
 }
 
 std::shared_ptr<MediaAsset> ScriptedMediaPlayer::makeAsset(const std::string& url) {

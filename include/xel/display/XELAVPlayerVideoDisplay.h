@@ -14,10 +14,10 @@
 /// A video display over a media player: loads each stream as an item of its own, plays it once it
 /// is ready, and reports progress, timed metadata and failure.
 ///
-/// The earlier item stays in the player until the assets of the new one are loaded. An asset that
-/// cannot be loaded is only logged: the delegate hears neither of readiness nor of failure then.
-/// Loads that finish loading in another order than they were asked for reach the player in that
-/// order.
+/// The earlier item stays in the player until the asset of the new one has loaded. An asset that
+/// cannot be loaded is only logged: the delegate hears neither of readiness nor of failure then. Of
+/// two loads under way, the one that finishes last stays in the player, and the one that was asked
+/// for last is reported.
 /// Ownership: holds the player, which is the host's to pause and seek, and survives the display
 /// with whatever it shows. A delegate may let go of the display, or load another stream, inside any
 /// report. Threads: main run loop, whose `Platform` must be installed before the first load.

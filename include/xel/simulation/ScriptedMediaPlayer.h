@@ -54,7 +54,7 @@ class XEL_EXPORT ScriptedMediaPlayer final
   /// @param seconds of stream time; less than 0 counts as 0.
   void seek(double seconds);
   /// Reports the end of an item, the current one or another.
-  void endItem(std::shared_ptr<MediaItem> item);
+  void endItem(const std::shared_ptr<MediaItem>& item);
 
   std::shared_ptr<MediaAsset> makeAsset(const std::string& url) override;
   std::shared_ptr<MediaItem> makeItem(const std::shared_ptr<MediaAsset>& asset) override;
