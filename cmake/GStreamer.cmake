@@ -31,7 +31,6 @@ add_library(xel::gstreamer ALIAS xel_gstreamer)
 target_sources(xel_gstreamer PUBLIC FILE_SET HEADERS BASE_DIRS include
                FILES ${xel_gstreamer_headers})
 target_link_libraries(xel_gstreamer PUBLIC xel
-                      PRIVATE $<BUILD_INTERFACE:xel_options>
-                              $<BUILD_INTERFACE:${xel_gstreamer_dependencies}>)
+                      PRIVATE $<BUILD_INTERFACE:xel_options> ${xel_gstreamer_dependencies})
 set_target_properties(xel_gstreamer PROPERTIES OUTPUT_NAME xel-gstreamer EXPORT_NAME gstreamer)
 xel_shared_library(xel_gstreamer)

@@ -1,5 +1,6 @@
-# The libraries, their headers, the CMake package and the pkg-config files, in three components:
-# runtime (what programs need), development, and simulation (for tests of host applications).
+# The libraries, their headers, the CMake package and the pkg-config files, in four components:
+# runtime (what programs need), development, simulation (for tests of host applications), and
+# gstreamer (the media player).
 
 include(CMakePackageConfigHelpers)
 set(xel_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/xel")
@@ -15,6 +16,14 @@ install(TARGETS xel_simulation EXPORT xelSimulationTargets
 install(EXPORT xelTargets NAMESPACE xel:: DESTINATION "${xel_package_dir}" COMPONENT development)
 install(EXPORT xelSimulationTargets NAMESPACE xel:: DESTINATION "${xel_package_dir}"
         COMPONENT simulation)
+if(TARGET xel_gstreamer)
+  install(TARGETS xel_gstreamer EXPORT xelGStreamerTargets
+          LIBRARY COMPONENT gstreamer
+          ARCHIVE COMPONENT gstreamer
+          FILE_SET HEADERS COMPONENT gstreamer)
+  install(EXPORT xelGStreamerTargets NAMESPACE xel:: DESTINATION "${xel_package_dir}"
+          COMPONENT gstreamer)
+endif()
 if(XEL_BUILD_TOOL)
   set_target_properties(xel_tool PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS xel_tool RUNTIME COMPONENT tool)
@@ -57,7 +66,13 @@ else()
   set(xel_pkgconfig_lines "Requires: ${xel_pkgconfig_requires}
 Libs: -L\${libdir} -lxel ${xel_pkgconfig_libs}")
 endif()
-foreach(file xel xel-simulation)
+set(xel_gstreamer_requires "gstreamer-1.0 >= 1.22 gio-2.0 >= 2.60 taglib >= 1.13")
+if(BUILD_SHARED_LIBS)
+  set(xel_gstreamer_pkgconfig_line "Requires.private: ${xel_gstreamer_requires}")
+else()
+  set(xel_gstreamer_pkgconfig_line "Requires: ${xel_gstreamer_requires}")
+endif()
+foreach(file xel xel-simulation xel-gstreamer)
   configure_file("${CMAKE_CURRENT_LIST_DIR}/${file}.pc.in" "${PROJECT_BINARY_DIR}/package/${file}.pc"
                  @ONLY)
 endforeach()
@@ -65,3 +80,7 @@ install(FILES "${PROJECT_BINARY_DIR}/package/xel.pc"
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 install(FILES "${PROJECT_BINARY_DIR}/package/xel-simulation.pc"
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT simulation)
+if(TARGET xel_gstreamer)
+  install(FILES "${PROJECT_BINARY_DIR}/package/xel-gstreamer.pc"
+          DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT gstreamer)
+endif()

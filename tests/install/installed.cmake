@@ -13,7 +13,7 @@ if(EXISTS "${prefix}/bin/xel")
   run("${prefix}/bin/xel" --help)
 endif()
 
-foreach(library xel xel-simulation)
+foreach(library xel xel-simulation xel-gstreamer)
   set(file "${prefix}/${LIB_DIR}/lib${library}.so")
   if(NOT EXISTS "${file}")
     continue()  # A static build; "contained" covers it.
@@ -24,7 +24,7 @@ foreach(library xel xel-simulation)
   endif()
   execute_process(COMMAND nm -DC --defined-only "${file}" OUTPUT_VARIABLE symbols
                   COMMAND_ERROR_IS_FATAL ANY)
-  if(symbols MATCHES "XELVastParser|XELStreamInfo::|CurlHTTPClient|JSONNumber")
+  if(symbols MATCHES "XELVastParser|XELStreamInfo::|CurlHTTPClient|JSONNumber|GstItem")
     message(FATAL_ERROR "lib${library}.so exports private classes")
   endif()
   string(REGEX MATCHALL "[^\n]+" symbols "${symbols}")
