@@ -77,10 +77,15 @@ std::string MediaStream::playlist(Rendition rendition, double now) {
 std::optional<std::string> MediaStream::segment(Rendition rendition, std::size_t index) const {
   if (index >= pieces_.size()) return std::nullopt;
   const Piece& piece = pieces_[index];
+  // The first frame of an audio segment begins a little after it.
+  const double lead = rendition == Rendition::audio
+                          ? MediaLibrary::audioStart(piece.index) -
+                                static_cast<double>(piece.index) * MediaLibrary::segmentSeconds
+                          : 0;
   std::vector<StreamText> texts;
   for (const StreamText& text : texts_) {
     if (text.time >= piece.start && text.time < piece.start + piece.duration) {
-      texts.push_back({text.time - piece.start, text.value});
+      texts.push_back({text.time - piece.start - lead, text.value});
     }
   }
   const std::string bytes = library_->segment(*piece.part, rendition, piece.index);

@@ -168,12 +168,15 @@ std::string taggedPackedAudio(std::string_view frames, std::uint64_t ticks,
                               const std::vector<StreamText>& texts) {
   std::string out = id3Tag(timestampFrame(ticks & clockMask));
   auto next = texts.begin();
+  constexpr double frameSeconds = static_cast<double>(samplesPerFrame) / sampleRate;
   double time = 0;
   while (const std::size_t size = adtsFrameSize(frames)) {
-    for (; next != texts.end() && next->time <= time; ++next) out += id3Tag(textFrame(next->value));
+    for (; next != texts.end() && next->time <= time + frameSeconds / 2; ++next) {
+      out += id3Tag(textFrame(next->value));
+    }
     out += frames.substr(0, size);
     frames.remove_prefix(size);
-    time += static_cast<double>(samplesPerFrame) / sampleRate;
+    time += frameSeconds;
   }
   for (; next != texts.end(); ++next) out += id3Tag(textFrame(next->value));
   return out;

@@ -16,8 +16,8 @@ namespace xel::serve {
 /// program, and a packet for each text before the first picture at or after its time.
 std::string taggedTransportStream(std::string_view segment, const std::vector<StreamText>& texts);
 
-/// A packed audio segment (RFC 8216, 3.4): a tag with the timestamp, then the AAC frames with the
-/// texts between them.
+/// A packed audio segment (RFC 8216, 3.4): a tag with the timestamp, then the AAC frames with
+/// each text before the one that begins nearest to its time.
 /// @param ticks the presentation time of the first frame, at 90 kHz.
 std::string taggedPackedAudio(std::string_view frames, std::uint64_t ticks,
                               const std::vector<StreamText>& texts);
