@@ -53,6 +53,8 @@ class MediaServer {
   MediaServer(const MediaServer&) = delete;
   MediaServer& operator=(const MediaServer&) = delete;
 
+  const std::string& url() const noexcept { return url_; }
+
   /// Serves a stitched stream with all its renditions; its master playlist is at "/NAME.m3u8".
   /// @return the master playlist's URL.
   std::string add(const std::string& name, const serve::StreamPlan& plan, bool isLive = false) {

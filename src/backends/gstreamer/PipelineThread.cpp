@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include <pthread.h>
+
 namespace xel {
 
 struct PipelineThread::Queue {
@@ -30,12 +32,15 @@ PipelineThread::Queue::Function PipelineThread::Queue::next() {
 
 PipelineThread::PipelineThread(GstElementHandle pipeline, std::shared_ptr<std::mutex> turn)
     : queue_(std::make_shared<Queue>()) {
-  std::thread([queue = queue_, pipeline = std::move(pipeline), turn = std::move(turn)]() mutable {
-    const auto held = turn ? std::unique_lock(*turn) : std::unique_lock<std::mutex>();
-    while (const auto function = queue->next()) function(*pipeline);
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
-    pipeline.reset();
-  }).detach();
+  std::thread thread(
+      [queue = queue_, pipeline = std::move(pipeline), turn = std::move(turn)]() mutable {
+        const auto held = turn ? std::unique_lock(*turn) : std::unique_lock<std::mutex>();
+        while (const auto function = queue->next()) function(*pipeline);
+        gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+        pipeline.reset();
+      });
+  pthread_setname_np(thread.native_handle(), "xel-pipeline");
+  thread.detach();
 }
 
 PipelineThread::~PipelineThread() {

@@ -1,0 +1,92 @@
+"""Plays an on-demand stream and a live one with a pre-roll with `xel play --json`, in real time and
+through GStreamer, from `xel serve --media`. Exits 1 unless each event comes within 0.3 s of its time
+in the document and the pings are those that the documents ask for.
+
+    session.py XEL MEDIA-FOLDER COMPARE-PINGS
+"""
+import json
+import ssl
+import subprocess
+import sys
+import urllib.request
+
+NAMES = {"start": "adDidStart", "firstquartile": "adDidCrossFirstQuartile",
+         "midpoint": "adDidCrossMidpoint", "thirdquartile": "adDidCrossThirdQuartile",
+         "complete": "adDidComplete"}
+LATEST = 0.3
+APP = "com.example.session"
+
+
+def expect(condition, message):
+    if not condition:
+        sys.exit(f"session: {message}")
+
+
+def play(xel, url, ca_file, *stream):
+    return subprocess.Popen(
+        [xel, "play", *stream, "--player", "gstreamer", "--server", url.removeprefix("https://"),
+         "--ca-file", ca_file, "--app-id", APP, "--json"], stdout=subprocess.PIPE, text=True)
+
+
+def lines_of(process):
+    output, _ = process.communicate(timeout=150)
+    expect(process.returncode == 0, f"xel play ended with {process.returncode}:\n{output}")
+    return [json.loads(line) for line in output.splitlines()]
+
+
+def ad_events(lines):
+    return [(line["t"], line["event"], line["ad"]["adKey"]) for line in lines
+            if line["event"] in NAMES.values()]
+
+
+def check_on_demand(lines, document):
+    due = sorted((int(second), NAMES[entry["type"]], entry["ad"])
+                 for second, entries in document["times"].items() for entry in entries)
+    seen = ad_events(lines)
+    expect(sorted((name, ad) for _, name, ad in seen) == sorted(due_event[1:] for due_event in due),
+           f"the events of the on-demand stream are {seen}")
+    times = {(name, ad): second for second, name, ad in due}
+    lags = [time - times[name, ad] for time, name, ad in seen]
+    breaks = [line["t"] for line in lines if line["event"] == "adBreakDidStart"]
+    starts = [cuepoint["start"] for cuepoint in document["cuepoints"]]
+    expect(len(breaks) == len(starts), f"{len(breaks)} breaks for {len(starts)} cue points")
+    lags += [time - start for time, start in zip(breaks, starts)]
+    print(f"on demand: {len(lags)} events, {min(lags):.3f} to {max(lags):.3f} s after their times")
+    expect(0 <= min(lags) and max(lags) <= LATEST, "an event was early or late")
+
+
+def check_live(lines, document):
+    loads = [line["url"].rsplit("/", 1)[1] for line in lines if line["event"] == "loadURL"]
+    expect(loads == ["preroll.m3u8", "main.m3u8"], f"the live stream loaded {loads}")
+    breaks = list(document["breaks"])
+    for event in ("adBreakDidStart", "adBreakDidEnd"):
+        seen = [line["adBreakInfo"]["adBreakKey"] for line in lines if line["event"] == event]
+        expect(sorted(seen) == sorted(breaks), f"{event} came for {seen}")
+    expect(len(ad_events(lines)) == len(NAMES) * len(document["ads"]),
+           f"the events of the live stream are {ad_events(lines)}")
+    print(f"live: a pre-roll, then the main stream with {len(breaks) - 1} break(s)")
+
+
+def main(xel, media, compare_pings):
+    server = subprocess.Popen([xel, "serve", "--port", "0", "--media", media, "--live-duration", "30"],
+                              stdout=subprocess.PIPE, text=True)
+    try:
+        url, ca_file = server.stdout.readline().split()
+        on_demand = play(xel, url, ca_file, "vod", "--content-source-id", "shows", "--video-id", "a")
+        live = play(xel, url, ca_file, "live", "--asset-key", "news", "--attempt-preroll")
+        on_demand_lines, live_lines = lines_of(on_demand), lines_of(live)
+        context = ssl.create_default_context(cafile=ca_file)
+        with urllib.request.urlopen(url + "/documents", context=context) as response:
+            documents = {each["streamType"]: each["document"] for each in json.load(response)}
+        check_on_demand(on_demand_lines, documents["on_demand"])
+        check_live(live_lines, documents["live"])
+        version = subprocess.run([xel, "--version"], capture_output=True, text=True, check=True)
+        pings = subprocess.run([sys.executable, "-B", compare_pings, url, ca_file,
+                                version.stdout.strip(), APP], check=False)
+        expect(pings.returncode == 0, "the pings differ from what the documents ask for")
+    finally:
+        server.terminate()
+        server.wait()
+
+
+main(*sys.argv[1:])
