@@ -62,7 +62,7 @@ std::optional<std::string> textOf(const ID3v2::TextIdentificationFrame& frame) {
 void add(const ID3v2::Frame& frame, ID3Frames& frames) {
   if (const auto* text = dynamic_cast<const ID3v2::TextIdentificationFrame*>(&frame)) {
     const auto id = frame.frameID();
-    if (id[0] == 'T') frames.texts.push_back({{id.begin(), id.end()}, textOf(*text)});
+    if (id.at(0) == 'T') frames.texts.push_back({{id.begin(), id.end()}, textOf(*text)});
   } else if (const auto* data = dynamic_cast<const ID3v2::PrivateFrame*>(&frame)) {
     if (data->owner() != "com.apple.streaming.transportStreamTimestamp") return;
     const auto timestamp = data->data();
@@ -78,11 +78,11 @@ void readFrames(std::span<const std::byte> tag, ID3Frames& frames) {
   const unsigned headerSize = FrameAccess::Header::size(version);
   const PlainFrameFactory factory;
   TagLib::ByteVector rest = bodyOf(tag, header);
-  while (rest.size() > headerSize && rest[0] != 0) {
+  while (rest.size() > headerSize && rest.at(0) != 0) {
     const FrameAccess::Header frameHeader(rest, version);
     if (frameHeader.frameSize() > rest.size() - headerSize) return;  // It is cut short.
     // Others may nest deeply, and compressed ones grow without limit.
-    const bool isKnown = rest[0] == 'T' || rest.startsWith("PRIV");
+    const bool isKnown = rest.at(0) == 'T' || rest.startsWith("PRIV");
     if (isKnown && !frameHeader.compression()) {
       const std::unique_ptr<ID3v2::Frame> frame(factory.createFrame(rest, &header));
       if (frame) add(*frame, frames);

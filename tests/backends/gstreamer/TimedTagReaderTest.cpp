@@ -64,6 +64,30 @@ std::string pes(Timestamp presentation, const std::string& body, Timestamp decod
          char(presentation ? (decoding ? 0xC0 : 0x80) : 0) + char(times.size()) + times + body;
 }
 
+std::string box(const std::string& type, const std::string& body) {
+  return bytes(body.size() + 8, 4) + type + body;
+}
+
+std::string movie(unsigned track, unsigned timescale) {
+  const auto header = [](unsigned number) { return std::string(12, '\0') + bytes(number, 4); };
+  return box("moov",
+             box("trak", box("tkhd", header(track)) + box("mdia", box("mdhd", header(timescale)))));
+}
+
+std::string fragment(unsigned track, std::uint64_t start) {
+  return box("moof", box("traf", box("tfhd", "\0\0\0\0"s + bytes(track, 4)) +
+                                     box("tfdt", "\1\0\0\0"s + bytes(start, 8)))) +
+         box("mdat", std::string(900, 'm'));
+}
+
+std::string message(int version, unsigned timescale, std::uint64_t time, const std::string& body,
+                    const std::string& scheme = "https://aomedia.org/emsg/ID3") {
+  const auto times = bytes(timescale, 4) + bytes(time, version == 1 ? 8 : 4) + std::string(8, '\1');
+  const auto names = scheme + "\0v\0"s;
+  return box("emsg",
+             char(version) + "\0\0\0"s + (version == 1 ? times + names : names + times) + body);
+}
+
 /// Writes a transport stream.
 class Stream {
  public:
@@ -277,6 +301,36 @@ TEST(TimedTagReaderTest, TimesTagsOfPackedAudioByTimestampsAndFrames) {
   });
 }
 
+TEST(TimedTagReaderTest, TimesEventMessagesByFragments) {
+  constexpr std::uint64_t day = 86'400;
+  const auto a = text("a"), b = text("b");
+  const auto init = box("ftyp", "iso6") + movie(7, 1'000);
+  const auto first = fragment(7, day * 1'000);
+  check({
+      {"own times", init + message(1, 90'000, (day + 2) * 90'000, a) + first, {"102000 TXXX=a"}},
+      {"several tags",
+       init + message(1, 1, day, a + b) + first,
+       {"100000 TXXX=a", "100000 TXXX=b"}},
+      {"from the fragment",
+       init + first + message(0, 10, 15, a) + fragment(7, (day + 4) * 1'000),
+       {"105500 TXXX=a"}},
+      {"other messages",
+       init + message(1, 1, day, a, "urn:x") + message(2, 1, day, a) + message(1, 0, day, a) +
+           message(1, 1, day, a).substr(0, 30) + first,
+       {}},
+      {"another track",
+       init + message(1, 1, 5, a) + fragment(8, 0) + fragment(7, 5'000) + first,
+       {"100000 TXXX=a"}},
+      {"large boxes",
+       init + box("free", std::string(300'000, ' ')) + box("moof", std::string(300'000, ' ')) +
+           message(1, 1, day, a) + "\0\0\0\1mdat\0\0\0\0\0\0\0\x12??"s + first,
+       {"100000 TXXX=a"}},
+      {"to the end",
+       init + message(1, 1, day, a) + first + "\0\0\0\0mdat"s + message(1, 1, day, b) + first,
+       {"100000 TXXX=a"}},
+  });
+}
+
 TEST(TimedTagReaderTest, ReadsTextFrames) {
   const auto v3 = [](const std::string& id, const std::string& body) { return frame(id, body, 3); };
   const auto extended = "\0\0\0\6\0\0\0\0\0\0"s,
@@ -328,6 +382,10 @@ TEST(TimedTagReaderTest, BeginsAnewWithEachRun) {
   reader.beginRun(6);
   EXPECT_EQ(readWhole(Stream().tables().audio(second).tagged(second, text("f")).text),
             Strings{"6000 TXXX=f"});
+  reader.beginRun(7);
+  EXPECT_EQ(readWhole(box("ftyp", "") + movie(1, 10) + fragment(1, 0)), Strings{});
+  reader.beginRun(8);
+  EXPECT_EQ(readWhole(message(1, 10, 20, text("g")) + fragment(1, 10)), Strings{"9000 TXXX=g"});
 }
 
 TEST(TimedTagReaderTest, HoldsAndPassesOverNoMoreThanItMust) {
@@ -357,6 +415,8 @@ TEST(TimedTagReaderTest, ReadsWhateverBytesCome) {
           .text,
       stamp(0, frame("TIT2", "\3x")) + audioFrame() + texts + audioFrame() + "?" + audioFrame() +
           tag(frame("TXXX", "\3k\0x"s), 3, 0xC0) + audioFrame(),
+      box("ftyp", "") + movie(1, 10) + message(1, 10, 5, texts) + fragment(1, 0) +
+          message(0, 10, 5, texts) + fragment(1, 9),
   };
   std::mt19937 random(7);
   const auto below = [&](std::size_t end) {
@@ -364,7 +424,7 @@ TEST(TimedTagReaderTest, ReadsWhateverBytesCome) {
   };
   std::size_t found = 0;
   for (int i = 0; i < 2'000; ++i) {
-    auto stream = good[i % 2];
+    auto stream = good[i % 3];
     for (auto changes = below(8) + 1; changes > 0; --changes) {
       const auto at = below(stream.size());
       switch (below(4)) {
