@@ -31,7 +31,10 @@ def play(xel, url, ca_file, *stream):
 def lines_of(process):
     output, _ = process.communicate(timeout=150)
     expect(process.returncode == 0, f"xel play ended with {process.returncode}:\n{output}")
-    return [json.loads(line) for line in output.splitlines()]
+    lines = [json.loads(line) for line in output.splitlines()]
+    failed = [line for line in lines if line["event"] == "pingResult" and line.get("error")]
+    expect(not failed, f"pings failed: {failed}")
+    return lines
 
 
 def ad_events(lines):

@@ -16,7 +16,7 @@ namespace {
 constexpr guint64 enoughBuffered = 5 * GST_SECOND;
 /// Seconds in which a server must answer a request for a manifest.
 constexpr guint manifestTimeout = 5;
-/// Seconds by which the last tags of a stream may lie after the last position that was seen.
+/// Seconds by which the last tags of a stream may lie after its end.
 constexpr double endTolerance = 0.5;
 
 constexpr unsigned playVideo = 1U << 0;
@@ -263,6 +263,7 @@ void GstItem::handleEnd() {
   if (isEnded_ || seekTarget_) return;
   if (pendingError_) return fail(std::exchange(pendingError_, nullptr));
   isEnded_ = true;
+  lastPosition_ = queryPosition().value_or(lastPosition_);
   deliverTagsUntil(lastPosition_ + endTolerance);
   if (whenEnded_ && isEnded_) whenEnded_();
 }
