@@ -8,6 +8,7 @@
 #include <iostream>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include <gst/gst.h>
 #include <gtk/gtk.h>
@@ -50,11 +51,10 @@ class Player final : public XELStreamManagerDelegate, public std::enable_shared_
 
   void streamManager_adBreakDidStart(XELStreamManager&,
                                      const std::shared_ptr<XELAdBreakInfo>&) override {
-    // The break that a jump was held up for, or one that the viewer came to by himself.
     if (const auto cuepoint = manager_->previousCuepointForStreamTime(player_->currentTime() + 1)) {
       seenBreaks_.insert(cuepoint->startTime());
     }
-    setInBreak(true);
+    gtk_widget_set_sensitive(bar_, FALSE);
   }
   void streamManager_ad_didCountdownTo(XELStreamManager&, const std::shared_ptr<XELAd>& ad,
                                        double remaining) override {
@@ -66,9 +66,7 @@ class Player final : public XELStreamManagerDelegate, public std::enable_shared_
   void streamManager_adBreakDidEnd(XELStreamManager&,
                                    const std::shared_ptr<XELAdBreakInfo>&) override {
     showBadge("");
-    setInBreak(false);
-    // The last second of a break may still be on: the jump goes on from the tick after it.
-    if (jumpAfterBreak_) player_->seek(*std::exchange(jumpAfterBreak_, std::nullopt));
+    gtk_widget_set_sensitive(bar_, TRUE);
   }
   void streamManager_didUpdateCuepoints(
       XELStreamManager&, const std::vector<std::shared_ptr<XELCuepoint>>& cuepoints) override {
@@ -87,16 +85,11 @@ class Player final : public XELStreamManagerDelegate, public std::enable_shared_
     const auto cuepoint = manager_->previousCuepointForStreamTime(target);
     const bool isAhead = cuepoint && cuepoint->startTime() >= player_->currentTime();
     if (isAhead && seenBreaks_.count(cuepoint->startTime()) == 0) {
-      jumpAfterBreak_ = target;
+      heldJump_ = {cuepoint->endTime(), target};
       player_->seek(cuepoint->startTime());
     } else {
       player_->seek(target);
     }
-  }
-
-  void setInBreak(bool isInBreak) {
-    isInBreak_ = isInBreak;
-    gtk_widget_set_sensitive(bar_, !isInBreak);
   }
 
   void showBadge(const std::string& text) {
@@ -107,14 +100,18 @@ class Player final : public XELStreamManagerDelegate, public std::enable_shared_
   void showTime() {
     const double time = player_->currentTime();
     if (std::isnan(time)) return;
+    if (heldJump_ && time >= heldJump_->first) {
+      player_->seek(std::exchange(heldJump_, std::nullopt)->second);
+    }
     const double content = manager_->contentTimeForStreamTime(time);
-    if (const auto duration = player_->duration()) {
+    const auto duration = player_->duration();
+    gtk_widget_set_visible(bar_, duration.has_value());
+    if (duration) {
       const double end = manager_->contentTimeForStreamTime(*duration);
       gtk_range_set_range(GTK_RANGE(bar_), 0, std::max(end, 1.0));
       gtk_label_set_text(GTK_LABEL(clock_), (clockText(content) + " / " + clockText(end)).c_str());
     } else {
       gtk_label_set_text(GTK_LABEL(clock_), ("LIVE " + clockText(time)).c_str());
-      gtk_widget_hide(bar_);
     }
     isShowingTime_ = true;
     gtk_range_set_value(GTK_RANGE(bar_), content);
@@ -172,12 +169,11 @@ class Player final : public XELStreamManagerDelegate, public std::enable_shared_
   xel::RunLoop::TimerID timer_ = 0;
   GtkWidget *badge_, *pause_, *bar_, *clock_;
   bool isShowingTime_ = false;
-  bool isInBreak_ = false;
   /// The start times of the breaks that the viewer has been through. The played flag of a cue point
   /// does not do: it is not set for a break that starts at a fraction of a second.
   std::set<double> seenBreaks_;
-  /// Where the viewer wanted to go when an unseen break came first. Seconds of stream time.
-  std::optional<double> jumpAfterBreak_;
+  /// The end of the break that came first, and where the viewer wanted to go. Stream time.
+  std::optional<std::pair<double, double>> heldJump_;
 };
 
 void useBadgeStyle() {
