@@ -59,8 +59,8 @@ Seek seekFrom(const std::string& text) {
 void addPlayerOptions(CLI::App& command, PlayerOptions& options) {
   options.player = defaultPlayer;
   addText(command, "--player", "gstreamer|clock",
-          std::string("gstreamer plays the stream; clock, without pictures, only lets a clock run "
-                      "over its manifest (default: ") +
+          std::string("gstreamer plays the stream; clock only lets a clock run over its manifest\n"
+                      "(default: ") +
               defaultPlayer + ")",
           [&options](const std::string& text) { options.player = playerFrom(text); });
   command.add_flag("--window", options.hasWindow,
