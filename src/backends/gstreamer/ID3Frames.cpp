@@ -20,8 +20,6 @@ namespace {
 
 namespace ID3v2 = TagLib::ID3v2;
 
-constexpr std::uint64_t timestampMask = (std::uint64_t{1} << 33) - 1;
-
 /// Only so does the library let others at its frame headers.
 struct FrameAccess : ID3v2::Frame {
   using Frame::Header;
@@ -67,7 +65,7 @@ void add(const ID3v2::Frame& frame, ID3Frames& frames) {
     if (data->owner() != "com.apple.streaming.transportStreamTimestamp") return;
     const auto timestamp = data->data();
     if (timestamp.size() != sizeof(std::uint64_t)) return;
-    frames.timestamp = static_cast<std::uint64_t>(timestamp.toLongLong()) & timestampMask;
+    frames.timestamp = static_cast<std::uint64_t>(timestamp.toLongLong());
   }
 }
 

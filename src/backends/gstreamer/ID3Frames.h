@@ -16,7 +16,7 @@ struct ID3Frames {
   /// "TXXX" without its description; several texts are joined by "/". A "TXXX" frame with a
   /// description only has that for its value.
   std::vector<MediaMetadataItem> texts;
-  /// The MPEG timestamp, 33 bits, of the audio that follows (RFC 8216, section 3.4).
+  /// The MPEG timestamp, in the low 33 bits, of the audio that follows (RFC 8216, section 3.4).
   std::optional<std::uint64_t> timestamp;
 
   /// Reads the tag that begins here. Of one that is cut short, the frames that are whole count.

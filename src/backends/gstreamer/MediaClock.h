@@ -5,7 +5,7 @@
 namespace xel {
 
 /// Turns the timestamps of MPEG streams into stream time: 33 bits that count 90,000 in a second and
-/// so begin anew after 26.5 hours.
+/// so begin anew after 26.5 hours. Higher bits do not matter.
 class MediaClock {
  public:
   /// Makes `timestamp` mean `time` seconds of stream time.
