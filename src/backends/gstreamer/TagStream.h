@@ -16,8 +16,7 @@ class TagStream {
  public:
   using Found = std::function<void(std::uint64_t timestamp, std::span<const std::byte> tag)>;
 
-  /// @param found is called with each tag of a PES packet that has a timestamp: when it is whole,
-  /// or
+  /// @param found is called with each tag of a PES packet that has a timestamp, when it is whole or
   ///        when the PES packet ends within it.
   void add(const TransportPacket& packet, const Found& found);
 
