@@ -11,6 +11,7 @@
 #include "xel/platform/JSONValue.h"
 
 #include "EventText.h"
+#include "MediaRoutes.h"
 
 namespace xel::serve {
 namespace {
@@ -20,7 +21,6 @@ constexpr const char* m3u8 = "application/vnd.apple.mpegurl";
 constexpr const char* plainText = "text/plain";
 constexpr const char* documentName = "/events.json";
 constexpr const char* noSuchSession = "There is no such session.";
-constexpr const char* noSuchMedia = "There is no such session, or it has no such media.";
 constexpr const char* loopback = "127.0.0.1";
 
 /// Each open connection of a player takes a thread.
@@ -37,17 +37,6 @@ thread_local std::size_t placeInLedger = 0;
 
 double steadySeconds() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-std::size_t numberFrom(const std::string& digits) {
-  std::size_t number = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  return number;
-}
-
-Rendition renditionFrom(const std::string& name) {
-  if (name == nameOf(Rendition::audio)) return Rendition::audio;
-  return name == nameOf(Rendition::high) ? Rendition::high : Rendition::low;
 }
 
 void refuse(httplib::Response& response, int status, const std::string& sentence) {
@@ -108,13 +97,7 @@ void AdServer::addRoutes() {
   server_.Get(
       R"(/streams/(\d+)/preroll\.m3u8)",
       [this](const Request& request, Response& response) { answerPreroll(request, response); });
-  server_.Get(R"(/streams/(\d+)/(main|preroll)/(low|high|audio)\.m3u8)",
-              [this](const Request& request, Response& response) {
-                answerMediaPlaylist(request, response);
-              });
-  server_.Get(
-      R"(/streams/(\d+)/(main|preroll)/(low|high|audio)-(\d+)\.(ts|aac))",
-      [this](const Request& request, Response& response) { answerSegment(request, response); });
+  addMediaRoutes(server_, mutex_, [this](const Request& request) { return streamOf(request); });
   server_.Get(R"(/streams/(\d+)/en\.vtt)", [](const Request&, Response& response) {
     response.set_content("WEBVTT\n", "text/vtt");
   });
@@ -242,23 +225,6 @@ void AdServer::answerPreroll(const httplib::Request& request, httplib::Response&
   response.set_content(playlist, m3u8);
 }
 
-void AdServer::answerMediaPlaylist(const httplib::Request& request, httplib::Response& response) {
-  const std::lock_guard lock(mutex_);
-  MediaStream* const media = mediaOf(request);
-  if (!media) return refuse(response, 404, noSuchMedia);
-  response.set_content(media->playlist(renditionFrom(request.matches[3]), steadySeconds()), m3u8);
-}
-
-void AdServer::answerSegment(const httplib::Request& request, httplib::Response& response) {
-  const std::lock_guard lock(mutex_);
-  const MediaStream* const media = mediaOf(request);
-  if (!media) return refuse(response, 404, noSuchMedia);
-  const Rendition rendition = renditionFrom(request.matches[3]);
-  const auto bytes = media->segment(rendition, numberFrom(request.matches[4]));
-  if (!bytes) return refuse(response, 404, "The stream has no such segment.");
-  response.set_content(*bytes, rendition == Rendition::audio ? "audio/aac" : "video/mp2t");
-}
-
 std::string AdServer::documents() {
   const std::lock_guard lock(mutex_);
   std::string text;
@@ -273,13 +239,10 @@ std::string AdServer::documents() {
 }
 
 ServedStream* AdServer::streamOf(const httplib::Request& request) {
-  const std::size_t place = numberFrom(request.matches[1]);
+  const std::string number = request.matches[1];
+  std::size_t place = 0;
+  std::from_chars(number.data(), number.data() + number.size(), place);
   return place >= 1 && place <= streams_.size() ? streams_[place - 1].get() : nullptr;
-}
-
-MediaStream* AdServer::mediaOf(const httplib::Request& request) {
-  ServedStream* const stream = streamOf(request);
-  return stream ? stream->media(request.matches[2]) : nullptr;
 }
 
 }  // namespace xel::serve

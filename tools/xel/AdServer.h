@@ -66,13 +66,9 @@ class AdServer {
   void answerDocument(const httplib::Request& request, httplib::Response& response);
   void answerPlaylist(const httplib::Request& request, httplib::Response& response);
   void answerPreroll(const httplib::Request& request, httplib::Response& response);
-  void answerMediaPlaylist(const httplib::Request& request, httplib::Response& response);
-  void answerSegment(const httplib::Request& request, httplib::Response& response);
   std::string documents();
   /// The stream that the path names; null when there is none. Call with `mutex_` held.
   ServedStream* streamOf(const httplib::Request& request);
-  /// Likewise its media.
-  MediaStream* mediaOf(const httplib::Request& request);
 
   const Settings settings_;
   const TemporaryFolder folder_;

@@ -46,6 +46,7 @@ ChildResult runChild(const std::vector<std::string>& words) {
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
 
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   pid_t child = 0;
@@ -66,7 +67,5 @@ ChildResult runChild(const std::vector<std::string>& words) {
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return result;
 }
-
-int processID() { return getpid(); }
 
 }  // namespace xel::serve

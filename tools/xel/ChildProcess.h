@@ -19,6 +19,4 @@ struct ChildResult {
 /// output is dropped. Throws std::runtime_error when no process can be made.
 ChildResult runChild(const std::vector<std::string>& words);
 
-int processID();
-
 }  // namespace xel::serve

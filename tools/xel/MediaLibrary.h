@@ -18,7 +18,7 @@ struct MediaPart {
   std::string name;
   /// Seconds; of its segments, each but the last is `segmentSeconds` long.
   double duration;
-  /// What stands in its pictures, beside a clock for the content.
+  /// What stands in its pictures, with its seconds; empty: a clock with milliseconds.
   std::string label;
   /// Presentation time of its start, in seconds.
   double clockStart;
@@ -32,9 +32,9 @@ class MediaLibrary {
  public:
   static constexpr double segmentSeconds = 2;
 
-  /// Makes the media in the folder, if they are not there. Throws std::runtime_error with a
-  /// sentence and a remedy when that fails.
-  explicit MediaLibrary(std::filesystem::path folder);
+  /// Makes the media in the folder, if they are not there; that takes some seconds. Other processes
+  /// may do so at the same time. Throws std::runtime_error with a sentence and a remedy.
+  explicit MediaLibrary(const std::filesystem::path& folder);
 
   static const std::vector<MediaPart>& parts();
   static const MediaPart& part(const std::string& name);
@@ -47,7 +47,7 @@ class MediaLibrary {
   static double audioStart(std::size_t index);
 
  private:
-  std::filesystem::path folder_;
+  const std::filesystem::path folder_;
 };
 
 }  // namespace xel::serve

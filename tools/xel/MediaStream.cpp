@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "MediaRecipe.h"
 #include "MediaTagger.h"
 
 namespace xel::serve {
@@ -52,15 +53,14 @@ void MediaStream::addPart(const MediaPart& part, std::size_t first, double durat
   }
 }
 
-std::string MediaStream::masterPlaylist(const std::string& name) {
-  return "#EXTM3U\n#EXT-X-VERSION:3\n"
-         "#EXT-X-STREAM-INF:BANDWIDTH=400000,RESOLUTION=320x180,CODECS=\"avc1.42c00c,mp4a.40."
-         "2\"\n" +
-         name +
-         "/low.m3u8\n"
-         "#EXT-X-STREAM-INF:BANDWIDTH=1200000,RESOLUTION=640x360,CODECS=\"avc1.42c01e,mp4a.40."
-         "2\"\n" +
-         name + "/high.m3u8\n";
+std::string MediaStream::masterPlaylist(const std::string& name,
+                                        const std::vector<Rendition>& renditions) {
+  std::string text = "#EXTM3U\n#EXT-X-VERSION:3\n";
+  for (const Rendition rendition : renditions) {
+    text += "#EXT-X-STREAM-INF:" + attributesOf(rendition) + "\n" + name + "/" + nameOf(rendition) +
+            ".m3u8\n";
+  }
+  return text;
 }
 
 std::string MediaStream::playlist(Rendition rendition, double now) {
@@ -75,7 +75,8 @@ std::string MediaStream::playlist(Rendition rendition, double now) {
 }
 
 std::optional<std::string> MediaStream::segment(Rendition rendition, std::size_t index) const {
-  if (index >= pieces_.size()) return std::nullopt;
+  const std::size_t end = isLive_ ? *std::max_element(told_.begin(), told_.end()) : pieces_.size();
+  if (index >= end) return std::nullopt;
   const Piece& piece = pieces_[index];
   // The first frame of an audio segment begins a little after it.
   const double lead = rendition == Rendition::audio
@@ -83,13 +84,15 @@ std::optional<std::string> MediaStream::segment(Rendition rendition, std::size_t
                                 static_cast<double>(piece.index) * MediaLibrary::segmentSeconds
                           : 0;
   std::vector<StreamText> texts;
+  std::size_t earlierPackets = 0;
   for (const StreamText& text : texts_) {
+    if (text.time < piece.start) earlierPackets += packetsOf(text);
     if (text.time >= piece.start && text.time < piece.start + piece.duration) {
       texts.push_back({text.time - piece.start - lead, text.value});
     }
   }
   const std::string bytes = library_->segment(*piece.part, rendition, piece.index);
-  if (rendition != Rendition::audio) return taggedTransportStream(bytes, texts);
+  if (rendition != Rendition::audio) return taggedTransportStream(bytes, texts, earlierPackets);
   const double start = piece.part->clockStart + MediaLibrary::audioStart(piece.index);
   return taggedPackedAudio(bytes, static_cast<std::uint64_t>(std::llround(start * 90000)), texts);
 }

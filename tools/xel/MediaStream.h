@@ -22,11 +22,13 @@ class MediaStream {
  public:
   MediaStream(std::shared_ptr<const MediaLibrary> library, const StreamPlan& plan, bool isLive);
 
-  /// The playlist of the variants; `name` is the folder of their playlists beside it.
-  static std::string masterPlaylist(const std::string& name);
+  /// A playlist of renditions; `name` is the folder of their playlists beside it.
+  static std::string masterPlaylist(const std::string& name,
+                                    const std::vector<Rendition>& renditions = {Rendition::low,
+                                                                                Rendition::high});
   /// @param now seconds of a steady clock; the first call of a live stream's is its start.
   std::string playlist(Rendition rendition, double now);
-  /// Absent when there is none of that number.
+  /// Absent when there is none of that number, or no playlist has told of it yet.
   std::optional<std::string> segment(Rendition rendition, std::size_t index) const;
   /// Seconds of the stream that have been published by now; all of it when it is not live.
   double publishedUntil(double now) const;

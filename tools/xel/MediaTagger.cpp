@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t packetSize = 188;
 constexpr std::size_t headerSize = 4;
+constexpr std::size_t payloadSize = packetSize - headerSize;
 constexpr std::uint64_t clockMask = (std::uint64_t{1} << 33) - 1;
 /// Of the stream with the texts; none that ffmpeg gives out.
 constexpr unsigned tagPID = 0x1F0;
@@ -65,7 +66,8 @@ std::string withTagStream(std::string_view packet) {
   const auto streams = section.substr(12 + infoLength, length - 9 - infoLength - 4);
   using namespace std::string_literals;
   // The metadata pointer of the program, and the metadata descriptor of the stream.
-  const std::string pointer = "\x25\x0F\xFF\xFFID3 \xFFID3 \x00\x1F\x00\x01"s;
+  const std::string pointer =
+      "\x25\x0F\xFF\xFFID3 \xFFID3 \x00\x1F"s + std::string(section.substr(3, 2));
   const std::string descriptor = "\x26\x0D\xFF\xFFID3 \xFFID3 \x00\x0F"s;
   const std::string stream = "\x15" + bigEndian(0xE000 | tagPID, 2) +
                              bigEndian(0xF000 | descriptor.size(), 2) + descriptor;
@@ -104,13 +106,12 @@ std::string tagUnit(const std::string& text, std::uint64_t ticks) {
 }
 
 /// A unit cut into packets.
-void appendPackets(std::string_view unit, unsigned& counter, std::string& out) {
-  constexpr std::size_t room = packetSize - headerSize;
+void appendPackets(std::string_view unit, std::size_t& counter, std::string& out) {
   for (bool isFirst = true; !unit.empty(); isFirst = false) {
-    const auto piece = unit.substr(0, room);
+    const auto piece = unit.substr(0, payloadSize);
     unit.remove_prefix(piece.size());
     out += '\x47' + bigEndian((isFirst ? 0x4000U : 0U) | tagPID, 2);
-    const std::size_t stuffing = room - piece.size();
+    const std::size_t stuffing = payloadSize - piece.size();
     out += static_cast<char>((stuffing != 0 ? 0x30 : 0x10) | (counter++ & 0x0F));
     if (stuffing != 0) out += static_cast<char>(stuffing - 1);
     if (stuffing > 1) out += '\0' + std::string(stuffing - 2, '\xFF');
@@ -124,11 +125,16 @@ std::uint64_t toTicks(double seconds) {
 
 }  // namespace
 
-std::string taggedTransportStream(std::string_view segment, const std::vector<StreamText>& texts) {
+std::size_t packetsOf(const StreamText& text) {
+  return (tagUnit(text.value, 0).size() + payloadSize - 1) / payloadSize;
+}
+
+std::string taggedTransportStream(std::string_view segment, const std::vector<StreamText>& texts,
+                                  std::size_t earlierPackets) {
   std::string out;
   std::optional<unsigned> mapPID;
   std::optional<std::uint64_t> start;
-  unsigned counter = 0;
+  std::size_t counter = earlierPackets;
   auto next = texts.begin();
   for (; segment.size() >= packetSize; segment.remove_prefix(packetSize)) {
     const auto packet = segment.substr(0, packetSize);

@@ -13,8 +13,13 @@ namespace xel::serve {
 // order.
 
 /// An MPEG transport stream segment with the texts as timed metadata: a stream of its own in the
-/// program, and a packet for each text before the first picture at or after its time.
-std::string taggedTransportStream(std::string_view segment, const std::vector<StreamText>& texts);
+/// program, and a unit for each text before the first picture at or after its time.
+/// @param earlierPackets what the texts of the segments before it took: continuity goes on.
+std::string taggedTransportStream(std::string_view segment, const std::vector<StreamText>& texts,
+                                  std::size_t earlierPackets);
+
+/// How many transport stream packets a text takes.
+std::size_t packetsOf(const StreamText& text);
 
 /// A packed audio segment (RFC 8216, 3.4): a tag with the timestamp, then the AAC frames with
 /// each text before the one that begins nearest to its time.

@@ -39,6 +39,7 @@ StreamPlan namedPlan(StreamKind kind, double liveDuration) {
 
 StreamPlan mediaPlan(StreamKind kind, double liveDuration) {
   if (kind == StreamKind::vod) return {50, {{"break-1", 10, {4, 5, 6}}, {"break-2", 35, {5}}}};
+  // Between two breaks lie 16 s of content: whole segments of it.
   return {liveDuration, repeated(8, 31, {4, 5, 6}, liveDuration)};
 }
 
