@@ -8,6 +8,7 @@ import json
 import ssl
 import subprocess
 import sys
+import tempfile
 import urllib.request
 
 NAMES = {"start": "adDidStart", "firstquartile": "adDidCrossFirstQuartile",
@@ -23,13 +24,17 @@ def expect(condition, message):
 
 
 def play(xel, url, ca_file, *stream):
+    """The process, and the file of its output: a pipe that nobody reads meanwhile would stop it."""
+    output = tempfile.TemporaryFile("w+")
     return subprocess.Popen(
         [xel, "play", *stream, "--player", "gstreamer", "--server", url.removeprefix("https://"),
-         "--ca-file", ca_file, "--app-id", APP, "--json"], stdout=subprocess.PIPE, text=True)
+         "--ca-file", ca_file, "--app-id", APP, "--json"], stdout=output), output
 
 
-def lines_of(process):
-    output, _ = process.communicate(timeout=150)
+def lines_of(process, output_file):
+    process.wait(timeout=150)
+    output_file.seek(0)
+    output = output_file.read()
     expect(process.returncode == 0, f"xel play ended with {process.returncode}:\n{output}")
     lines = [json.loads(line) for line in output.splitlines()]
     failed = [line for line in lines if line["event"] == "pingResult" and line.get("error")]
@@ -77,7 +82,7 @@ def main(xel, media, compare_pings):
         url, ca_file = server.stdout.readline().split()
         on_demand = play(xel, url, ca_file, "vod", "--content-source-id", "shows", "--video-id", "a")
         live = play(xel, url, ca_file, "live", "--asset-key", "news", "--attempt-preroll")
-        on_demand_lines, live_lines = lines_of(on_demand), lines_of(live)
+        on_demand_lines, live_lines = lines_of(*on_demand), lines_of(*live)
         context = ssl.create_default_context(cafile=ca_file)
         with urllib.request.urlopen(url + "/documents", context=context) as response:
             documents = {each["streamType"]: each["document"] for each in json.load(response)}
