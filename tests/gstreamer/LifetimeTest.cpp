@@ -139,5 +139,37 @@ TEST_F(GstLifetime, AnythingMayBeLetGoOfAtAnyMoment) {
   runUntilThreadsAreGone();
 }
 
+TEST_F(GstLifetime, AnythingMayBeDoneInsideAReport) {
+  const std::vector<std::function<void(PlayedStream&)>> actions = {
+      [](PlayedStream& stream) { stream.display = nullptr; },
+      [](PlayedStream& stream) { stream.player->replaceCurrentItem(nullptr); },
+      [](PlayedStream& stream) { stream.player->seek(11); },
+      [](PlayedStream& stream) { stream.player->pause(); },
+      [this](PlayedStream& stream) { stream.display->loadURL_withSubtitles(url, {}); },
+      [](PlayedStream& stream) {
+        stream.display = nullptr;
+        stream.player = nullptr;
+      }};
+  std::size_t done = 0;
+  std::vector<std::shared_ptr<PlayedStream>> streams;
+  for (const char* report : {"ready", "progress", "metadata"}) {
+    for (const auto& action : actions) {
+      streams.push_back(PlayedStream::play(url));
+      PlayedStream& stream = *streams.back();
+      stream.awaitedReport = report;
+      stream.inReport = [&] {
+        ++done;
+        action(stream);
+      };
+    }
+  }
+  runUntil([&] { return done == streams.size(); });
+  int turns = 100;
+  runUntil([&] { return turns-- == 0; });
+  for (const auto& stream : streams) EXPECT_EQ(stream->failures, std::vector<std::string>());
+  streams.clear();
+  runUntilThreadsAreGone();
+}
+
 }  // namespace
 }  // namespace xel

@@ -69,11 +69,15 @@ class PlayedStream final : public XELVideoDisplayDelegate,
   }
 
   void videoDisplay_didReceiveTimedMetadata(XELVideoDisplay&, const TimedMetadata& map) override {
-    for (const auto& [key, text] : map) seen.push_back({text, player->currentTime()});
+    report("metadata");
+    for (const auto& [key, text] : map) {
+      seen.push_back({text, player ? player->currentTime() : 0});
+    }
   }
   void videoDisplay_didProgressToTime(XELVideoDisplay&, double time) override {
     ++ticks;
     lastTime = time;
+    report("progress");
     if (steps.empty() || time < steps.front().first) return;
     const auto action = std::move(steps.front().second);
     steps.pop_front();
@@ -84,16 +88,28 @@ class PlayedStream final : public XELVideoDisplayDelegate,
     failures.push_back(error ? error->description : "no error");
     if (whenChanged) whenChanged();
   }
-  void videoDisplayIsReadyForPlayback(XELVideoDisplay&) override { ++readies; }
+  void videoDisplayIsReadyForPlayback(XELVideoDisplay&) override {
+    ++readies;
+    report("ready");
+  }
   void playerItemDidFinishPlaying(const std::shared_ptr<MediaItem>&) override {
     hasEnded = true;
     if (whenChanged) whenChanged();
+  }
+
+  void report(const char* kind) {
+    if (awaitedReport != kind || !inReport) return;
+    const auto action = std::exchange(inReport, nullptr);
+    action();
   }
 
   std::shared_ptr<GstMediaPlayer> player = makePlayer();
   std::shared_ptr<XELAVPlayerVideoDisplay> display =
       XELAVPlayerVideoDisplay::initWithAVPlayer(player);
   std::function<void()> whenChanged;
+  /// Called within the next report of one kind, once.
+  std::string awaitedReport;
+  std::function<void()> inReport;
   std::deque<std::pair<double, std::function<void()>>> steps;
   std::vector<Seen> seen;
   std::vector<std::string> failures;

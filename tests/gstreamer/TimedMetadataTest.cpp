@@ -102,6 +102,26 @@ TEST_F(GstTimedMetadata, FollowsSeeksAlsoWhilePaused) {
               textsIn({{0, 11.5}, {23.5, 26}, {9.5, 12.5}, {34.6, 39.4}}, vod));
 }
 
+TEST_F(GstTimedMetadata, OfSeveralSeeksTheLastCountsAndOneBeyondTheEndComesToTheEnd) {
+  const auto stream = PlayedStream::play(server.add("vod", vod));
+  GstMediaPlayer& player = *stream->player;
+  stream->awaitedReport = "ready";
+  stream->inReport = [&] {
+    player.seek(20);
+    player.seek(5);
+  };
+  stream->at(0, [&] {
+    EXPECT_NEAR(stream->lastTime, 5, 0.1);
+    player.seek(40);
+    player.seek(1);
+    player.seek(1e300);
+  });
+  stream->runToEnd();
+  EXPECT_TRUE(stream->hasEnded);
+  EXPECT_EQ(stream->failures, std::vector<std::string>());
+  EXPECT_NEAR(player.currentTime(), vod.duration, 0.1);
+}
+
 TEST_F(GstTimedMetadata, IsReadFromPackedAudio) {
   server.add("vod", vod);
   const auto stream = PlayedStream::play(

@@ -60,7 +60,8 @@ class XEL_EXPORT GstMediaPlayer : public MediaPlayer {
   virtual bool isPlaying() const = 0;
   /// Moves the playhead, exactly; of several calls during one move the last one counts. Before the
   /// item is ready it is kept until then.
-  /// @param seconds of stream time; less than 0 counts as 0.
+  /// @param seconds of stream time; less than 0 counts as 0, and what is at the end or beyond it as
+  /// the last 0.1 s.
   virtual void seek(double seconds) = 0;
   /// Seconds; absent while it is unknown, and for live streams.
   virtual std::optional<double> duration() const = 0;

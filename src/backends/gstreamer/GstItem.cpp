@@ -1,5 +1,6 @@
 #include "backends/gstreamer/GstItem.h"
 
+#include <algorithm>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -18,6 +19,12 @@ constexpr guint64 enoughBuffered = 5 * GST_SECOND;
 constexpr guint manifestTimeout = 5;
 /// Seconds by which the last tags of a stream may lie after its end.
 constexpr double endTolerance = 0.5;
+/// Seconds. A seek to the end, or beyond it, goes this far before it.
+constexpr double leastPlayedAfterSeek = 0.1;
+/// Seconds; a year.
+constexpr double longestStream = 365.0 * 24 * 3600;
+/// Seconds in which a stream that keeps sending must become ready.
+constexpr double longestLoad = 30;
 
 constexpr unsigned playVideo = 1U << 0;
 constexpr unsigned playAudio = 1U << 1;
@@ -66,11 +73,6 @@ void setOutput(GstElement& pipeline, const GstItemSettings& settings) {
   set("audio-sink", settings.audioSink.get(), "fakeaudiosink");
 }
 
-struct BusLink {
-  std::weak_ptr<GstItem> item;
-  std::shared_ptr<RunLoop> runLoop;
-};
-
 }  // namespace
 
 void GstAsset::loadValuesAsynchronously(const std::vector<std::string>&,
@@ -105,29 +107,72 @@ void GstItem::makePipeline() {
   watchBus();
   thread_ = std::make_unique<PipelineThread>(GstElementHandle(GST_ELEMENT(gst_object_ref(made))),
                                              settings_->sinkTurn);
-  thread_->run([settings = settings_](GstElement& pipeline) {
+  thread_->run([settings = settings_, begun = onMain(&GstItem::handleBegun)](GstElement& pipeline) {
+    begun();
     setOutput(pipeline, *settings);
     gst_element_set_state(&pipeline, GST_STATE_PAUSED);
   });
 }
 
+template <typename... Values>
+std::function<void(Values...)> GstItem::onMain(void (GstItem::*handler)(Values...)) {
+  return [item = weak_from_this(), weakLoop = std::weak_ptr(settings_->runLoop),
+          handler](Values... values) {
+    const auto runLoop = weakLoop.lock();
+    if (!runLoop) return;
+    runLoop->post([item, handler, values...] {
+      const auto self = item.lock();
+      if (self && self->isStarted()) ((*self).*handler)(values...);
+    });
+  };
+}
+
+/// What the pipeline's messages lead to on the main thread.
+struct GstItem::BusHandlers {
+  std::string url;
+  std::function<void(std::shared_ptr<const Error>)> error;
+  std::function<void()> end;
+  std::function<void()> asyncDone;
+  std::function<void(int percent)> buffering;
+  std::function<void()> latencyChanged;
+  std::function<void()> clockLost;
+
+  /// Any thread.
+  void handle(GstMessage& message) const {
+    gint percent = 100;
+    switch (GST_MESSAGE_TYPE(&message)) {
+      case GST_MESSAGE_ERROR:
+        return error(streamError(message, url));
+      case GST_MESSAGE_EOS:
+        return end();
+      case GST_MESSAGE_ASYNC_DONE:
+        return asyncDone();
+      case GST_MESSAGE_BUFFERING:
+        gst_message_parse_buffering(&message, &percent);
+        return buffering(percent);
+      case GST_MESSAGE_LATENCY:
+        return latencyChanged();
+      case GST_MESSAGE_CLOCK_LOST:
+        return clockLost();
+      default:
+        return;
+    }
+  }
+};
+
 void GstItem::watchBus() {
   const auto handle = [](GstBus*, GstMessage* message, gpointer data) {
-    constexpr int wanted = GST_MESSAGE_ERROR | GST_MESSAGE_EOS | GST_MESSAGE_ASYNC_DONE |
-                           GST_MESSAGE_BUFFERING | GST_MESSAGE_CLOCK_LOST | GST_MESSAGE_LATENCY;
-    const std::shared_ptr<GstMessage> held(message, gst_message_unref);
-    if ((GST_MESSAGE_TYPE(message) & wanted) != 0) {
-      const auto& link = *static_cast<BusLink*>(data);
-      link.runLoop->post([held, item = link.item] {
-        const auto self = item.lock();
-        if (self && self->isStarted()) self->handleMessage(*held);
-      });
-    }
+    static_cast<BusHandlers*>(data)->handle(*message);
+    gst_message_unref(message);
     return GST_BUS_DROP;
   };
   const GstBusHandle bus(gst_element_get_bus(pipeline_.get()));
-  gst_bus_set_sync_handler(bus.get(), handle, new BusLink{weak_from_this(), settings_->runLoop},
-                           destroy<BusLink>);
+  gst_bus_set_sync_handler(
+      bus.get(), handle,
+      new BusHandlers{asset_->url(), onMain(&GstItem::handleError), onMain(&GstItem::handleEnd),
+                      onMain(&GstItem::handleAsyncDone), onMain(&GstItem::handleBuffering),
+                      onMain(&GstItem::handleLatency), onMain(&GstItem::handleClockLost)},
+      destroy<BusHandlers>);
 }
 
 void GstItem::stop() {
@@ -155,10 +200,14 @@ void GstItem::applyState() {
 
 void GstItem::seek(double seconds) {
   if (!isStarted()) return;
+  // At the very end, or beyond it, the demuxer would begin anew.
+  const double end = duration_ ? std::max(0.0, *duration_ - leastPlayedAfterSeek) : longestStream;
+  const double target = std::min(std::max(0.0, seconds), end);
   if (status_ == MediaItemStatus::readyToPlay && !seekTarget_) {
-    startSeek(seconds);
+    nextSeek_.reset();
+    startSeek(target);
   } else {
-    nextSeek_ = seconds;
+    nextSeek_ = target;
   }
 }
 
@@ -167,7 +216,6 @@ void GstItem::startSeek(double seconds) {
   isSeekIssued_ = false;
   isEnded_ = false;
   isWatchToRestart_ = true;
-  source_->tags.clear();
   const auto target = static_cast<gint64>(seconds * GST_SECOND);
   thread_->run([target, issued = onMain(&GstItem::handleSeekIssued)](GstElement& pipeline) {
     constexpr int flags = GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE;
@@ -185,51 +233,35 @@ void GstItem::handleSeekIssued(bool isAccepted) {
 void GstItem::finishSeekIfDone() {
   if (!seekTarget_ || !isSeekIssued_) return;
   if (gst_element_get_state(pipeline_.get(), nullptr, nullptr, 0) == GST_STATE_CHANGE_ASYNC) return;
+  finishSeek();
+}
+
+void GstItem::finishSeek() {
   seekTarget_.reset();
   ++jumps_;
   isWatchToRestart_ = true;
   if (nextSeek_) startSeek(*std::exchange(nextSeek_, std::nullopt));
 }
 
-template <typename... Values>
-std::function<void(Values...)> GstItem::onMain(void (GstItem::*handler)(Values...)) {
-  return [item = weak_from_this(), runLoop = settings_->runLoop, handler](Values... values) {
-    runLoop->post([item, handler, values...] {
-      const auto self = item.lock();
-      if (self && self->isStarted()) ((*self).*handler)(values...);
-    });
-  };
+void GstItem::handleAsyncDone() {
+  isPrerolled_ = true;
+  finishSeekIfDone();
+  becomeReadyIfLoaded();
 }
 
-void GstItem::handleMessage(GstMessage& message) {
-  switch (GST_MESSAGE_TYPE(&message)) {
-    case GST_MESSAGE_ERROR:
-      return handleError(streamError(message, asset_->url()));
-    case GST_MESSAGE_EOS:
-      return handleEnd();
-    case GST_MESSAGE_ASYNC_DONE:
-      isPrerolled_ = true;
-      finishSeekIfDone();
-      return becomeReadyIfLoaded();
-    case GST_MESSAGE_BUFFERING:
-      return handleBuffering(message);
-    case GST_MESSAGE_LATENCY:
-      return thread_->run(
-          [](GstElement& pipeline) { gst_bin_recalculate_latency(GST_BIN(&pipeline)); });
-    case GST_MESSAGE_CLOCK_LOST:
-      if (!isPlaying_) return;
-      return thread_->run([](GstElement& pipeline) {
-        gst_element_set_state(&pipeline, GST_STATE_PAUSED);
-        gst_element_set_state(&pipeline, GST_STATE_PLAYING);
-      });
-    default:
-      return;
-  }
+void GstItem::handleLatency() {
+  thread_->run([](GstElement& pipeline) { gst_bin_recalculate_latency(GST_BIN(&pipeline)); });
 }
 
-void GstItem::handleBuffering(GstMessage& message) {
-  gint percent = 100;
-  gst_message_parse_buffering(&message, &percent);
+void GstItem::handleClockLost() {
+  if (!isPlaying_) return;
+  thread_->run([](GstElement& pipeline) {
+    gst_element_set_state(&pipeline, GST_STATE_PAUSED);
+    gst_element_set_state(&pipeline, GST_STATE_PLAYING);
+  });
+}
+
+void GstItem::handleBuffering(int percent) {
   isBuffering_ = percent < 100;
   applyState();
 }
@@ -242,11 +274,12 @@ void GstItem::becomeReadyIfLoaded() {
   }
   if (!queryPosition()) return;
   isWatchToRestart_ = true;
-  askDuration();
   setStatus(MediaItemStatus::readyToPlay);
   if (!isStarted()) return;
   applyState();
-  if (nextSeek_) startSeek(*std::exchange(nextSeek_, std::nullopt));
+  if (nextSeek_ && !seekTarget_) startSeek(*std::exchange(nextSeek_, std::nullopt));
+  // Last, since the answer can take as long as a server hangs.
+  askDuration();
 }
 
 void GstItem::askDuration() {
@@ -260,16 +293,20 @@ void GstItem::askDuration() {
 }
 
 void GstItem::handleEnd() {
-  if (isEnded_ || seekTarget_) return;
+  // An end from before a seek comes before the seek is told to be issued.
+  if (isEnded_ || (seekTarget_ && !isSeekIssued_)) return;
+  if (seekTarget_) finishSeek();
+  if (seekTarget_) return;
   if (pendingError_) return fail(std::exchange(pendingError_, nullptr));
   isEnded_ = true;
   lastPosition_ = queryPosition().value_or(lastPosition_);
   deliverTagsUntil(lastPosition_ + endTolerance);
-  if (whenEnded_ && isEnded_) whenEnded_();
+  // The item may be stopped meanwhile.
+  if (const auto whenEnded = whenEnded_; whenEnded && isEnded_) whenEnded();
 }
 
 void GstItem::handleError(std::shared_ptr<const Error> error) {
-  if (status_ == MediaItemStatus::unknown) return fail(std::move(error));
+  if (source_->arrivals == 0) return fail(std::move(error));
   if (!pendingError_) pendingError_ = std::move(error);
 }
 
@@ -316,7 +353,8 @@ void GstItem::follow(double now) {
     lastPosition_ = *position;
     deliverTagsUntil(*position);
   }
-  judgeStandstill();
+  if (!begunAt_) begunAt_ = now;
+  judgeStandstill(now);
 }
 
 void GstItem::deliverTagsUntil(double position) {
@@ -328,13 +366,18 @@ void GstItem::deliverTagsUntil(double position) {
   }
 }
 
-void GstItem::judgeStandstill() {
+void GstItem::judgeStandstill(double now) {
   if (!isActive()) return;
   if (pendingError_ && watch_.isStandingStill()) return fail(std::exchange(pendingError_, nullptr));
-  const bool hasPlayed = status_ == MediaItemStatus::readyToPlay;
-  if (watch_.isSilentFor(hasPlayed ? StallWatch::longestSilence
-                                   : StallWatch::longestSilenceAtStart)) {
-    fail(streamError(GstPlayerError::timedOut, asset_->url(), "the server stopped answering"));
+  const auto giveUp = [this](const char* cause) {
+    fail(streamError(GstPlayerError::timedOut, asset_->url(), cause));
+  };
+  if (status_ == MediaItemStatus::readyToPlay) {
+    if (watch_.isSilentFor(StallWatch::longestSilence)) giveUp("the server stopped sending media");
+  } else if (watch_.isSilentFor(StallWatch::longestSilenceAtStart)) {
+    giveUp("the server stopped answering");
+  } else if (now - begunAt_.value_or(now) >= longestLoad) {
+    giveUp("nothing that can be played has come");
   }
 }
 

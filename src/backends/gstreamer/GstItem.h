@@ -79,20 +79,25 @@ class GstItem final : public MediaItem, public std::enable_shared_from_this<GstI
   void follow(double now);
 
  private:
+  struct BusHandlers;
   void makePipeline();
   void watchBus();
-  void handleMessage(GstMessage& message);
-  void handleBuffering(GstMessage& message);
+  void handleBegun() { isWatchToRestart_ = true; }
+  void handleAsyncDone();
+  void handleBuffering(int percent);
+  void handleLatency();
+  void handleClockLost();
   void handleEnd();
   void handleError(std::shared_ptr<const Error> error);
   void becomeReadyIfLoaded();
   void fail(std::shared_ptr<const Error> error);
   void setStatus(MediaItemStatus status);
   void deliverTagsUntil(double position);
-  void judgeStandstill();
+  void judgeStandstill(double now);
   void applyState();
   void startSeek(double seconds);
   void finishSeekIfDone();
+  void finishSeek();
   void askDuration();
   std::optional<double> queryPosition() const;
   /// A function for another thread that runs `handler` on the main one, if the item still plays.
@@ -116,6 +121,8 @@ class GstItem final : public MediaItem, public std::enable_shared_from_this<GstI
   StallWatch watch_;
   /// What stood still so far was meant to.
   bool isWatchToRestart_ = true;
+  /// Seconds of the steady clock.
+  std::optional<double> begunAt_;
   /// A fault that has been told, while there still is media to play.
   std::shared_ptr<const Error> pendingError_;
   bool isToPlay_ = false;

@@ -1,6 +1,5 @@
 #include "backends/gstreamer/GstPlayer.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <limits>
@@ -19,6 +18,7 @@ double steadySeconds() {
 
 bool isDue(double interval, const std::optional<double>& earlier, double time) {
   if (!earlier || time < *earlier - interval) return true;
+  if (!(interval > 0)) return time != *earlier;
   return std::floor(time / interval) > std::floor(*earlier / interval);
 }
 
@@ -62,7 +62,7 @@ void GstPlayer::setToPlay(bool isToPlay) {
 
 void GstPlayer::seek(double seconds) {
   if (!item_) return;
-  item_->seek(std::max(0.0, seconds));
+  item_->seek(seconds);
   followWhileActive();
 }
 
@@ -83,7 +83,7 @@ MediaPlayer::TimeObserverToken GstPlayer::addPeriodicTimeObserver(double interva
 }
 
 void GstPlayer::followWhileActive() {
-  const bool isActive = item_ && item_->isActive();
+  const bool isActive = item_ && (item_->isActive() || jumps_ != item_->jumps());
   if (isActive && timer_ == 0) {
     timer_ = settings_->runLoop->every(followingInterval, [player = weak_from_this()] {
       if (const auto self = player.lock()) self->follow();
@@ -112,7 +112,9 @@ void GstPlayer::runTimeObservers() {
   for (const auto& [token, observer] : timeObservers_) {
     if (isDue(observer.interval, observer.time, time)) due.push_back(token);
   }
+  const auto item = item_;
   for (const TimeObserverToken token : due) {
+    if (item != item_) return;
     const auto found = timeObservers_.find(token);
     if (found == timeObservers_.end()) continue;
     found->second.time = time;

@@ -44,7 +44,10 @@ PipelineThread::PipelineThread(GstElementHandle pipeline, std::shared_ptr<std::m
 }
 
 PipelineThread::~PipelineThread() {
+  // What has not begun is released on this thread, and not within the lock.
+  std::deque<Queue::Function> dropped;
   const std::lock_guard lock(queue_->mutex);
+  dropped.swap(queue_->functions);
   queue_->isEnding = true;
   queue_->changed.notify_one();
 }

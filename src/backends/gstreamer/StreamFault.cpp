@@ -15,13 +15,23 @@ std::string_view addition(std::string_view debug) {
   return debug.starts_with("../") ? std::string_view() : debug;
 }
 
-std::string causeOf(const GError& error, std::string_view debug, const GstStructure* details) {
+bool isFromSource(GstMessage& message) {
+  GstElementFactory* const factory =
+      GST_IS_ELEMENT(GST_MESSAGE_SRC(&message))
+          ? gst_element_get_factory(GST_ELEMENT(GST_MESSAGE_SRC(&message)))
+          : nullptr;
+  return factory && std::string_view(GST_OBJECT_NAME(factory)) == "souphttpsrc";
+}
+
+std::string causeOf(GstMessage& message, const GError& error, std::string_view debug) {
+  const GstStructure* details = nullptr;
+  gst_message_parse_error_details(&message, &details);
   guint status = 0;
   if (details && gst_structure_get_uint(details, "http-status-code", &status) != FALSE) {
     return std::string(error.message) + " (HTTP status " + std::to_string(status) + ")";
   }
   // All that a source tells when it gets no answer.
-  if (details && gst_structure_has_field(details, "flow-return") != FALSE) {
+  if (isFromSource(message) && error.domain == GST_STREAM_ERROR) {
     return "the server cannot be reached, is not trusted, or stopped answering";
   }
   const auto added = addition(debug);
@@ -45,11 +55,11 @@ std::shared_ptr<const Error> streamError(GstMessage& message, const std::string&
   const GErrorHandle errorHandle(error);
   const GTextHandle debugHandle(debug);
 
-  const GstStructure* details = nullptr;
-  gst_message_parse_error_details(&message, &details);
-  const bool isMissing = g_error_matches(error, GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN);
+  const bool isMissing =
+      g_error_matches(error, GST_CORE_ERROR, GST_CORE_ERROR_MISSING_PLUGIN) != FALSE ||
+      g_error_matches(error, GST_STREAM_ERROR, GST_STREAM_ERROR_CODEC_NOT_FOUND) != FALSE;
   return streamError(isMissing ? GstPlayerError::unavailable : GstPlayerError::failed, url,
-                     causeOf(*error, debug ? debug : "", details));
+                     causeOf(message, *error, debug ? debug : ""));
 }
 
 }  // namespace xel

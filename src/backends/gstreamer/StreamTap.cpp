@@ -44,7 +44,8 @@ void StreamTap::takeEvent(GstEvent& event) {
     source_->tags.clear();
   } else if (GST_EVENT_TYPE(&event) == GST_EVENT_SEGMENT) {
     gst_event_copy_segment(&event, &segment_);
-    floor_ = toSeconds(gst_segment_to_stream_time(&segment_, GST_FORMAT_TIME, segment_.start));
+    const guint64 start = gst_segment_to_stream_time(&segment_, GST_FORMAT_TIME, segment_.start);
+    floor_ = GST_CLOCK_TIME_IS_VALID(start) ? toSeconds(start) : 0;
   }
 }
 
