@@ -88,7 +88,6 @@ TEST_F(PlaybackTest, SeeksAPlayerThatTakesItsTimeAndPausesItAfterTheDuration) {
   gst->script->seek(7.1);
   EXPECT_EQ(recorder->taken(), "7.1") << "the target itself starts no other seek";
   EXPECT_EQ(playedFor(0.2), "->9") << "beyond the end is the end";
-  EXPECT_LT(gst->target, 9) << "where GStreamer would not go";
   gst->script->seek(8);
   EXPECT_EQ(playedFor(1), "8 8.2 8.4 8.6 8.8 end") << "0.4 + 0.2 + 0.8, and 9 is too much";
   EXPECT_TRUE(playback->progress().isPaused);

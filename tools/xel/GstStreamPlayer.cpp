@@ -1,16 +1,9 @@
 #include "GstStreamPlayer.h"
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace xel {
-namespace {
-
-/// Seconds. GStreamer refuses a seek to where a stream ends, but goes this near.
-constexpr double nearestToEnd = 0.05;
-
-}  // namespace
 
 std::shared_ptr<GstStreamPlayer> GstStreamPlayer::make(std::shared_ptr<GstMediaPlayer> player) {
   auto made = std::make_shared<GstStreamPlayer>(Token(), std::move(player));
@@ -33,11 +26,6 @@ PlayProgress GstStreamPlayer::progress() const {
   const auto duration = isStarting ? std::nullopt : player_->duration();
   return {position, duration.value_or(position), duration.has_value(),
           !isStarting && !player_->isPlaying()};
-}
-
-void GstStreamPlayer::seek(double to) {
-  const auto duration = player_->duration();
-  player_->seek(duration ? std::min(to, *duration - nearestToEnd) : to);
 }
 
 void GstStreamPlayer::playerItemDidFinishPlaying(const std::shared_ptr<MediaItem>& item) {

@@ -29,7 +29,7 @@ class GstStreamPlayer final : public StreamPlayer, private MediaItemEndObserver 
   PlayProgress progress() const override;
   void play() override { player_->play(); }
   void pause() override { player_->pause(); }
-  void seek(double to) override;
+  void seek(double to) override { player_->seek(to); }
 
  private:
   void playerItemDidFinishPlaying(const std::shared_ptr<MediaItem>& item) override;
