@@ -10,7 +10,7 @@
 #include "xel/platform/RunLoop.h"
 
 /// GStreamer's own type; include <gst/gst.h> to make one.
-typedef struct _GstElement GstElement;
+typedef struct _GstElement GstElement;  // NOLINT(bugprone-reserved-identifier)
 
 namespace xel {
 
