@@ -16,7 +16,7 @@
 
 #include "MediaServer.h"
 #include "PlayedStream.h"
-#include "StreamPlan.h"
+#include "serve/StreamPlan.h"
 
 namespace xel {
 namespace {

@@ -14,7 +14,7 @@
 
 #include <httplib.h>
 
-#include "MediaStream.h"
+#include "serve/MediaStream.h"
 
 namespace xel {
 

@@ -6,9 +6,9 @@
 
 #include "xel/platform/Environment.h"
 
-#include "EventText.h"
-#include "PlayCommand.h"
-#include "ServeCommand.h"
+#include "common/PrintableText.h"
+#include "play/PlayCommand.h"
+#include "serve/ServeCommand.h"
 
 namespace {
 

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "play/PlayView.h"
+
+namespace xel {
+
+/// The event as one JSON object, without a line end. Numbers read back exactly; what is not a
+/// number in JSON is null, and bytes that are not UTF-8 become U+FFFD.
+std::string toJSON(double time, const PlayEvent& event);
+
+/// One JSON object a line, flushed, for programs.
+class JSONLines final : public PlayView {
+ public:
+  /// @param out stays open for as long as the view lives.
+  explicit JSONLines(std::FILE* out) : out_(out) {}
+  void show(double time, const PlayEvent& event) override;
+
+ private:
+  std::FILE* const out_;
+};
+
+}  // namespace xel

@@ -1,0 +1,308 @@
+#include "play/PlayCommand.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+#include "xel/platform/Platform.h"
+#include "xel/platform/StandardRunLoop.h"
+#include "xel/session/XELLiveStreamRequest.h"
+#include "xel/session/XELVODStreamRequest.h"
+
+#include "common/CommandLine.h"
+#include "common/SignalWatcher.h"
+#include "play/JSONLines.h"
+#include "play/KeyReader.h"
+#include "play/ObservingHTTPClient.h"
+#include "play/PlainView.h"
+#include "play/PlaySession.h"
+#include "play/PlayerOptions.h"
+#include "play/TerminalView.h"
+
+namespace xel {
+namespace {
+
+constexpr auto keysAndExitStatuses =
+    "Keys on a terminal:\n"
+    "  q quits, space pauses and resumes, left and right seek by 10 s, down and up by 60 s\n\n"
+    "Exit status:\n"
+    "  0    the stream ended, or --duration ran out, and every ping had its result; or q ended it\n"
+    "  1    the session failed\n"
+    "  2    wrong usage\n"
+    "  130  ended by SIGINT\n"
+    "  143  ended by SIGTERM";
+
+/// What stands on the command line for a stream of either kind.
+struct PlayOptions {
+  DefaultPlatformOptions platform;
+  PlayerOptions player;
+  std::optional<std::string> apiKey;
+  std::optional<std::string> authToken;
+  std::optional<std::string> monitorID;
+  std::optional<std::string> manifestSuffix;
+  std::map<std::string, std::string> adTags;
+  std::vector<double> conversions;
+  bool json = false;
+
+  void applyTo(XELStreamRequest& request) const {
+    request.setApiKey(apiKey);
+    request.setAuthToken(authToken);
+    request.setStreamActivityMonitorID(monitorID);
+    request.setManifestURLSuffix(manifestSuffix);
+    request.setAdTagParameters(adTags);
+  }
+};
+
+struct LiveOptions : PlayOptions {
+  std::string assetKey;
+  bool attemptPreroll = false;
+};
+
+struct VODOptions : PlayOptions {
+  std::string contentSourceID;
+  std::string videoID;
+};
+
+std::pair<std::string, std::string> adTagFrom(const std::string& text) {
+  const auto equals = text.find('=');
+  if (equals == std::string::npos || equals == 0) {
+    refuse("--ad-tag", text, "KEY=VALUE, such as iu=/1234/news");
+  }
+  return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+std::string serverFrom(const std::string& text) {
+  static const std::regex form(R"(([A-Za-z0-9._-]+|\[[0-9A-Fa-f:.]+\])(:([0-9]{1,5}))?)");
+  std::smatch parts;
+  if (!std::regex_match(text, parts, form) ||
+      (parts[3].matched && (std::stoi(parts[3]) < 1 || std::stoi(parts[3]) > 65535))) {
+    refuse("--server", text, "HOST or HOST:PORT, without https://");
+  }
+  return text;
+}
+
+std::string advertisingIDFrom(const std::string& text) {
+  static const std::regex form("[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}");
+  if (!std::regex_match(text, form)) {
+    refuse("--advertising-id", text, "a UUID, such as 123e4567-e89b-12d3-a456-426614174000");
+  }
+  return text;
+}
+
+std::string identifierFrom(const std::string& option, const std::string& text) {
+  if (text.empty()) refuse(option, text, "an identifier: it must not be empty");
+  return text;
+}
+
+void addServerOptions(CLI::App& command, PlayOptions& options) {
+  auto& platform = options.platform;
+  addText(command, "--server", "HOST[:PORT]", "The ad server of live and on-demand streams",
+          [&platform](const std::string& text) {
+            platform.services.liveHost = platform.services.vodHost = serverFrom(text);
+          });
+  addText(command, "--ca-file", "PEM", "Trust the authorities of this file alone",
+          [&platform](const std::string& text) {
+            if (!std::filesystem::is_regular_file(text) || !std::ifstream(text)) {
+              refuse("--ca-file", text, "a file that can be read");
+            }
+            platform.caFile = text;
+          });
+  addRepeatable(command, "--ad-domain", "DOMAIN",
+                "A domain whose tracking URLs may be measurement URLs (give two)",
+                [&platform](const std::vector<std::string>& domains) {
+                  if (domains.size() != 2 || domains[0].empty() || domains[1].empty()) {
+                    throw CLI::ValidationError("--ad-domain",
+                                               "give it exactly twice, or not at all");
+                  }
+                  platform.services.measurementDomains = {domains[0], domains[1]};
+                });
+}
+
+void addRequestOptions(CLI::App& command, PlayOptions& options) {
+  auto& host = options.platform.host;
+  command.add_option("--api-key", options.apiKey, "Key that authorises the request");
+  command.add_option("--auth-token", options.authToken,
+                     "Token that authorises the request, instead of the key");
+  addRepeatable(command, "--ad-tag", "KEY=VALUE", "Ad targeting parameter (repeatable)",
+                [&options](const std::vector<std::string>& tags) {
+                  for (const auto& tag : tags) {
+                    const auto [key, value] = adTagFrom(tag);
+                    options.adTags[key] = value;
+                  }
+                });
+  command.add_option("--manifest-suffix", options.manifestSuffix,
+                     "Query text to end the manifest's URL with");
+  command.add_option("--monitor-id", options.monitorID,
+                     "Identifier in the server's stream activity monitor");
+  command.add_option("--app-id", host.applicationIdentifier,
+                     "Identifier of the application, such as com.example.player");
+  command.add_option("--app-version", host.applicationVersion, "Version of the application");
+  addText(command, "--advertising-id", "UUID", "Advertising identifier; tracking is then allowed",
+          [&host](const std::string& text) {
+            host.advertisingIdentifier = advertisingIDFrom(text);
+            host.advertisingTrackingEnabled = true;
+          });
+}
+
+void addOutputOptions(CLI::App& command, PlayOptions& options) {
+  addRepeatable(command, "--convert", "TIME",
+                "Convert TIME between stream and content time (repeatable)",
+                [&options](const std::vector<std::string>& times) {
+                  for (const auto& time : times) {
+                    const auto number = finiteNumber(time);
+                    if (!number) refuse("--convert", time, "a number of seconds, such as 12.5");
+                    options.conversions.push_back(*number);
+                  }
+                });
+  command.add_flag("--json", options.json, "One JSON object a line on standard output");
+}
+
+bool isOnTerminal() {
+  const auto* terminal = std::getenv("TERM");
+  return isatty(STDOUT_FILENO) != 0 && terminal && std::string_view(terminal) != "dumb";
+}
+
+std::shared_ptr<PlayView> makeView(bool json) {
+  if (json) return std::make_shared<JSONLines>(stdout);
+  if (isOnTerminal()) return std::make_shared<TerminalView>(stdout);
+  return std::make_shared<PlainView>(stdout);
+}
+
+void handleKey(PlaySession& session, Key key) {
+  switch (key) {
+    case Key::q:
+      return session.quit();
+    case Key::space:
+      return session.togglePause();
+    case Key::left:
+      return session.seekBy(-10);
+    case Key::right:
+      return session.seekBy(10);
+    case Key::down:
+      return session.seekBy(-60);
+    case Key::up:
+      return session.seekBy(60);
+  }
+}
+
+/// Stops the process as SIGTSTP does where nobody watches it; returns when it is continued.
+void stopProcess() {
+  sigset_t stop;
+  sigemptyset(&stop);
+  sigaddset(&stop, SIGTSTP);
+  raise(SIGTSTP);
+  pthread_sigmask(SIG_UNBLOCK, &stop, nullptr);
+  pthread_sigmask(SIG_BLOCK, &stop, nullptr);
+}
+
+double steadySeconds() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& request) {
+  checkPlayerOptions(options.player);
+  options.applyTo(*request);
+  const auto runLoop = StandardRunLoop::main();
+  const auto view = makeView(options.json);
+  const auto session =
+      std::make_shared<PlaySession>(view, options.conversions, [runLoop] { runLoop->stop(); });
+  std::optional<KeyReader> keys;
+  // Before there are other threads.
+  const SignalWatcher signals(runLoop, {SIGINT, SIGTERM, SIGWINCH, SIGTSTP, SIGCONT},
+                              [&keys, view, session](int signal) {
+                                switch (signal) {
+                                  case SIGTSTP:
+                                    if (keys) keys->suspend();
+                                    view->suspend();
+                                    return stopProcess();
+                                  case SIGCONT:
+                                    if (keys) keys->resume();
+                                    return view->redraw();
+                                  case SIGWINCH:
+                                    return view->redraw();
+                                  default:
+                                    return session->abandon(128 + signal);
+                                }
+                              });
+
+  auto platform = Platform::makeDefault(options.platform);
+  const auto http = std::make_shared<ObservingHTTPClient>(platform.http, session, steadySeconds);
+  platform.http = http;
+  platform.log = view->log();
+  const ScopedPlatform scope(std::move(platform));
+
+  const auto player =
+      makePlayer(options.player, {http, runLoop, steadySeconds, options.platform.caFile});
+  if (!player) return 1;
+  if (!options.json && isOnTerminal() && isatty(STDIN_FILENO) != 0) {
+    keys.emplace(STDIN_FILENO, runLoop, [session](Key key) { handleKey(*session, key); });
+  }
+  session->start(player, options.player.playback, http, request);
+  runLoop->run();
+  return session->exitStatus();
+}
+
+void addCommonOptions(CLI::App& command, PlayOptions& options) {
+  addServerOptions(command, options);
+  addRequestOptions(command, options);
+  addPlayerOptions(command, options.player);
+  addOutputOptions(command, options);
+  command.footer(keysAndExitStatuses);
+}
+
+}  // namespace
+
+void registerPlay(CLI::App& app, int& exitStatus) {
+  auto* command = app.add_subcommand("play", "Play a stream and show what happens in it");
+  command->require_subcommand(1);
+  command->footer(keysAndExitStatuses);
+
+  auto* live = command->add_subcommand("live", "Play a live stream");
+  const auto liveOptions = std::make_shared<LiveOptions>();
+  addText(*live, "--asset-key", "KEY", "The stream's asset key",
+          [liveOptions](const std::string& text) {
+            liveOptions->assetKey = identifierFrom("--asset-key", text);
+          })
+      ->required();
+  live->add_flag("--attempt-preroll", liveOptions->attemptPreroll, "Ask for a pre-roll");
+  addCommonOptions(*live, *liveOptions);
+  live->callback([liveOptions, &exitStatus] {
+    const auto request = XELLiveStreamRequest::initWithAssetKey(liveOptions->assetKey);
+    request->setAttemptPreroll(liveOptions->attemptPreroll);
+    exitStatus = play(*liveOptions, request);
+  });
+
+  auto* vod = command->add_subcommand("vod", "Play an on-demand stream");
+  const auto vodOptions = std::make_shared<VODOptions>();
+  addText(*vod, "--content-source-id", "ID", "The content source",
+          [vodOptions](const std::string& text) {
+            vodOptions->contentSourceID = identifierFrom("--content-source-id", text);
+          })
+      ->required();
+  addText(*vod, "--video-id", "ID", "The video within the content source",
+          [vodOptions](const std::string& text) {
+            vodOptions->videoID = identifierFrom("--video-id", text);
+          })
+      ->required();
+  addCommonOptions(*vod, *vodOptions);
+  vod->callback([vodOptions, &exitStatus] {
+    exitStatus = play(*vodOptions, XELVODStreamRequest::initWithContentSourceID_videoID(
+                                       vodOptions->contentSourceID, vodOptions->videoID));
+  });
+}
+
+}  // namespace xel

@@ -1,0 +1,248 @@
+#include "serve/AdServer.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+#include <stdexcept>
+#include <utility>
+
+#include <sys/socket.h>
+
+#include "xel/platform/JSONValue.h"
+
+#include "common/PrintableText.h"
+#include "serve/MediaRoutes.h"
+
+namespace xel::serve {
+namespace {
+
+constexpr const char* json = "application/json";
+constexpr const char* m3u8 = "application/vnd.apple.mpegurl";
+constexpr const char* plainText = "text/plain";
+constexpr const char* documentName = "/events.json";
+constexpr const char* noSuchSession = "There is no such session.";
+constexpr const char* loopback = "127.0.0.1";
+
+/// Each open connection of a player takes a thread.
+constexpr std::size_t threads = 96;
+constexpr std::size_t requestsPerConnection = 1'000'000;
+constexpr int idleSeconds = 3;
+constexpr std::size_t longestRequest = std::size_t{1} << 20;
+
+/// How long a playlist waits for its player to fetch a document that knows its ads.
+constexpr std::chrono::duration<double> longestWait{3 * ServedStream::pollingPeriod};
+
+/// The place of the request that this thread is answering.
+thread_local std::size_t placeInLedger = 0;
+
+double steadySeconds() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void refuse(httplib::Response& response, int status, const std::string& sentence) {
+  response.status = status;
+  response.set_content(sentence + "\n", plainText);
+}
+
+std::string replaced(std::string text, const std::string& what, const std::string& with) {
+  for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
+    text.replace(at, what.size(), with);
+  }
+  return text;
+}
+
+}  // namespace
+
+AdServer::AdServer(Settings settings)
+    : settings_(std::move(settings)),
+      caFile_(folder_.path() / "ca.pem"),
+      server_(certificate_.x509(), certificate_.key()) {
+  certificate_.write(caFile_);
+  addRoutes();
+  recordRequests();
+  listen();
+}
+
+AdServer::~AdServer() {
+  {
+    const std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  documentSent_.notify_all();
+  server_.stop();
+  thread_.join();
+}
+
+void AdServer::addRoutes() {
+  using httplib::Request;
+  using httplib::Response;
+  const std::pair<const char*, StreamKind> endpoints[] = {
+      {"/ssai/event/([^/]+)/streams", StreamKind::live},
+      {"/ondemand/hls/content/([^/]+)/vid/([^/]+)/streams", StreamKind::vod}};
+  for (const auto& [path, kind] : endpoints) {
+    server_.Post(path, [this, kind = kind](const Request& request, Response& response) {
+      answerStreamRequest(kind, request, response);
+    });
+    server_.Get(path, [](const Request&, Response& response) {
+      response.set_header("Allow", "POST");
+      refuse(response, 405, "A stream request is a POST.");
+    });
+  }
+  server_.Get(R"(/streams/(\d+)/events\.json)", [this](const Request& request, Response& response) {
+    answerDocument(request, response);
+  });
+  server_.Get(R"(/streams/(\d+)/main\.m3u8)", [this](const Request& request, Response& response) {
+    answerPlaylist(request, response);
+  });
+  server_.Get(
+      R"(/streams/(\d+)/preroll\.m3u8)",
+      [this](const Request& request, Response& response) { answerPreroll(request, response); });
+  addMediaRoutes(server_, mutex_, [this](const Request& request) { return streamOf(request); });
+  server_.Get(R"(/streams/(\d+)/en\.vtt)", [](const Request&, Response& response) {
+    response.set_content("WEBVTT\n", "text/vtt");
+  });
+  server_.Get("/track/.*", [](const Request&, Response& response) { response.status = 204; });
+  server_.Get("/ledger", [this](const Request&, Response& response) {
+    response.set_content(ledger_.json(), json);
+  });
+  server_.Get("/documents", [this](const Request&, Response& response) {
+    response.set_content(documents(), json);
+  });
+  server_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
+    // By now the answer has been written.
+    if (response.status == 200 && request.path.ends_with(documentName)) documentSent(request);
+  });
+  server_.set_error_handler([](const Request& request, Response& response) {
+    if (!response.body.empty()) return;
+    refuse(response, response.status,
+           response.status == 404 ? "There is nothing at " + request.path + "."
+                                  : "The request cannot be answered.");
+  });
+}
+
+void AdServer::recordRequests() {
+  server_.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response&) {
+    Ledger::Entry entry{request.method, request.target, {}};
+    for (const char* name :
+         {"User-Agent", "Authorization", "Content-Type", "Cache-Control", "Pragma"}) {
+      if (request.has_header(name)) {
+        entry.headers.emplace_back(name, request.get_header_value(name));
+      }
+    }
+    placeInLedger = ledger_.begin(std::move(entry));
+    return httplib::Server::HandlerResponse::Unhandled;
+  });
+  server_.set_post_routing_handler(
+      [this](const httplib::Request& request, httplib::Response& response) {
+        ledger_.finish(placeInLedger, request.body, response.status);
+        if (settings_.verbose) {
+          const std::string line = printable(request.method + " " + request.target);
+          std::fprintf(stderr, "%s %d\n", line.c_str(), response.status);
+        }
+      });
+}
+
+void AdServer::listen() {
+  server_.new_task_queue = [] { return new httplib::ThreadPool(threads); };
+  server_.set_keep_alive_max_count(requestsPerConnection);
+  server_.set_keep_alive_timeout(idleSeconds);
+  server_.set_payload_max_length(longestRequest);
+  server_.set_tcp_nodelay(true);
+  // The library's default would let two servers share a port.
+  server_.set_socket_options([](int socket) {
+    const int yes = 1;
+    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  });
+  int port = settings_.port;
+  const bool bound = port == 0 ? (port = server_.bind_to_any_port(loopback)) > 0
+                               : server_.bind_to_port(loopback, port);
+  if (!bound) {
+    throw std::runtime_error("port " + std::to_string(settings_.port) +
+                             " cannot be listened on; is it taken?");
+  }
+  url_ = "https://localhost:" + std::to_string(port);
+  thread_ = std::thread([this] { server_.listen_after_bind(); });
+  // A server that is not running yet cannot be stopped.
+  while (!server_.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+void AdServer::answerStreamRequest(StreamKind kind, const httplib::Request& request,
+                                   httplib::Response& response) {
+  const auto refusal = refusalOf({kind, request.get_header_value("User-Agent"),
+                                  request.get_header_value("Authorization"), request.body},
+                                 settings_.credentials);
+  if (refusal) return refuse(response, refusal->status, refusal->sentence);
+
+  const std::lock_guard lock(mutex_);
+  const std::string number = std::to_string(streams_.size() + 1);
+  ServedStream::Settings stream;
+  stream.kind = kind;
+  stream.preroll =
+      kind == StreamKind::live && request.body.find("&attempt_preroll=true") != std::string::npos;
+  stream.liveDuration = settings_.liveDuration;
+  stream.streamID = "stream-" + number;
+  stream.url = url_ + "/streams/" + number;
+  stream.trackingURL = url_ + "/track/" + number;
+  stream.document = settings_.document;
+  stream.media = settings_.media;
+  stream.now = steadySeconds;
+  streams_.push_back(std::make_unique<ServedStream>(std::move(stream)));
+  const ServedStream& made = *streams_.back();
+  response.set_content(settings_.answer
+                           ? replaced(settings_.answer->text, "{session}", made.settings().url)
+                           : made.answer(),
+                       json);
+}
+
+void AdServer::answerDocument(const httplib::Request& request, httplib::Response& response) {
+  const std::lock_guard lock(mutex_);
+  ServedStream* const stream = streamOf(request);
+  if (!stream) return refuse(response, 404, noSuchSession);
+  response.set_content(stream->fetchDocument(), json);
+}
+
+void AdServer::documentSent(const httplib::Request& request) {
+  const std::lock_guard lock(mutex_);
+  if (ServedStream* const stream = streamOf(request)) stream->documentSent();
+  documentSent_.notify_all();
+}
+
+void AdServer::answerPlaylist(const httplib::Request& request, httplib::Response& response) {
+  std::unique_lock lock(mutex_);
+  ServedStream* const stream = streamOf(request);
+  if (!stream) return refuse(response, 404, noSuchSession);
+  documentSent_.wait_for(lock, longestWait,
+                         [&] { return stopping_ || stream->isNextSegmentDue(); });
+  response.set_content(stream->fetchPlaylist(), m3u8);
+}
+
+void AdServer::answerPreroll(const httplib::Request& request, httplib::Response& response) {
+  const std::lock_guard lock(mutex_);
+  const ServedStream* const stream = streamOf(request);
+  if (!stream) return refuse(response, 404, noSuchSession);
+  const std::string playlist = stream->prerollPlaylist();
+  if (playlist.empty()) return refuse(response, 404, "This session has no pre-roll.");
+  response.set_content(playlist, m3u8);
+}
+
+std::string AdServer::documents() {
+  const std::lock_guard lock(mutex_);
+  std::string text;
+  for (const auto& stream : streams_) {
+    const std::string& document = stream->lastDocument();
+    text += text.empty() ? "[" : ",";
+    text += R"({"streamID":")" + stream->settings().streamID + R"(","streamType":")" +
+            (stream->settings().kind == StreamKind::live ? "live" : "on_demand") +
+            R"(","document":)" + (document.empty() ? "null" : document) + "}";
+  }
+  return text.empty() ? "[]" : text + "]";
+}
+
+ServedStream* AdServer::streamOf(const httplib::Request& request) {
+  const std::string number = request.matches[1];
+  std::size_t place = 0;
+  std::from_chars(number.data(), number.data() + number.size(), place);
+  return place >= 1 && place <= streams_.size() ? streams_[place - 1].get() : nullptr;
+}
+
+}  // namespace xel::serve

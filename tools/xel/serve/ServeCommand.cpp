@@ -1,0 +1,94 @@
+#include "serve/ServeCommand.h"
+
+#include <csignal>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "xel/platform/StandardRunLoop.h"
+
+#include "common/SignalWatcher.h"
+#include "serve/AdServer.h"
+#include "serve/GivenDocument.h"
+
+namespace xel {
+namespace {
+
+constexpr auto description =
+    "Serves ad-inserted streams over HTTPS on this machine, as an ad server would.\n\n"
+    "When it is ready it prints one line: its URL, and the file with the certificate to trust.\n"
+    "GET /ledger tells every request that was received, GET /documents the stream info\n"
+    "documents as the players last got them.";
+
+struct ServeOptions {
+  serve::AdServer::Settings server;
+  std::string documentFile;
+  std::string answerFile;
+  std::string mediaFolder;
+};
+
+serve::GivenDocument readOption(const std::string& option, const std::string& file) {
+  try {
+    return serve::GivenDocument::read(file);
+  } catch (const std::runtime_error& error) {
+    throw CLI::ValidationError(option, error.what());
+  }
+}
+
+void runServe(const ServeOptions& options, int& exitStatus) {
+  auto settings = options.server;
+  if (!options.documentFile.empty()) {
+    settings.document = std::make_shared<const serve::GivenDocument>(
+        readOption("--document", options.documentFile));
+  }
+  if (!options.answerFile.empty()) settings.answer = readOption("--answer", options.answerFile);
+  if (!options.mediaFolder.empty()) {
+    try {
+      settings.media = std::make_shared<const serve::MediaLibrary>(options.mediaFolder);
+    } catch (const std::runtime_error& error) {
+      throw CLI::ValidationError("--media", error.what());
+    }
+  }
+
+  const auto loop = std::make_shared<StandardRunLoop>();
+  const SignalWatcher signals(loop, {SIGINT, SIGTERM}, [&loop](int) { loop->stop(); });
+  const serve::AdServer server(std::move(settings));
+  std::printf("%s %s\n", server.url().c_str(), server.caFile().c_str());
+  std::fflush(stdout);
+  loop->run();
+  exitStatus = 0;
+}
+
+}  // namespace
+
+void registerServe(CLI::App& app, int& exitStatus) {
+  const auto options = std::make_shared<ServeOptions>();
+  CLI::App& command = *app.add_subcommand("serve", description);
+  auto& server = options->server;
+  command.add_option("--port", server.port, "Port to listen on; 0 picks a free one")
+      ->check(CLI::Range(0, 65535))
+      ->default_val(8443);
+  command.add_option("--api-key", server.credentials.apiKey, "Demand this API key");
+  command.add_option("--auth-token", server.credentials.authToken, "Demand this token");
+  command
+      .add_option("--live-duration", server.liveDuration, "Seconds after which a live stream ends")
+      ->check(CLI::Range(1.0, 86400.0))
+      ->default_val(60);
+  auto* const document =
+      command.add_option("--document", options->documentFile,
+                         "Stream info document to serve in place of generated ones (JSON file)");
+  command
+      .add_option("--media", options->mediaFolder,
+                  "Stream real media, which ffmpeg makes in this folder when it has none;\n"
+                  "without it, playlists alone are served, for players without pictures")
+      ->type_name("DIR")
+      ->excludes(document);
+  command.add_option("--answer", options->answerFile,
+                     "Answer to every stream request in place of generated ones (JSON file);\n"
+                     "\"{session}\" in it stands for the session's URL");
+  command.add_flag("--verbose", server.verbose, "Write a line for each request to standard error");
+  command.callback([options, &exitStatus] { runServe(*options, exitStatus); });
+}
+
+}  // namespace xel
