@@ -9,4 +9,5 @@
 #include "xel/simulation/SimulatedPlatform.h"
 #include "xel/simulation/StreamInfoBuilder.h"
 #include "xel/simulation/StreamInitAnswerBuilder.h"
+#include "xel/simulation/TraceReader.h"
 #include "xel/simulation/VastBuilder.h"
