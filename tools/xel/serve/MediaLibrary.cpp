@@ -37,13 +37,14 @@ void makePart(const MediaPart& part, std::size_t number, const std::filesystem::
 }
 
 /// Whole or not at all.
-void makeAll(const std::filesystem::path& folder) {
+void makeAll(const std::filesystem::path& folder, const MediaProgress& progress) {
   auto unfinished = folder;
   unfinished += ".unfinished";
   std::filesystem::remove_all(unfinished);
   try {
     std::size_t number = 0;
     for (const MediaPart& part : MediaLibrary::parts()) {
+      if (progress) progress(number, MediaLibrary::parts().size());
       makePart(part, number++, unfinished / part.name);
     }
     std::filesystem::rename(unfinished, folder);
@@ -74,13 +75,13 @@ const char* nameOf(Rendition rendition) {
   return "audio";
 }
 
-MediaLibrary::MediaLibrary(const std::filesystem::path& folder) try
+MediaLibrary::MediaLibrary(const std::filesystem::path& folder, const MediaProgress& progress) try
     : folder_(std::filesystem::absolute(folder) / ("recipe-" + std::to_string(mediaRecipe))) {
   if (std::filesystem::exists(folder_)) return;
   std::filesystem::create_directories(folder);
   const FileLock lock(folder / "lock");
   // Another process may have made them meanwhile.
-  if (!std::filesystem::exists(folder_)) makeAll(folder_);
+  if (!std::filesystem::exists(folder_)) makeAll(folder_, progress);
 } catch (const std::system_error& error) {
   throw std::runtime_error("the media cannot be written: " + std::string(error.what()));
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,8 @@ struct MediaPart {
   double clockStart;
 };
 
+using MediaProgress = std::function<void(std::size_t done, std::size_t total)>;
+
 /// Clips cut into HLS segments, made by ffmpeg once and kept in a folder.
 ///
 /// Pictures are H.264 without B frames at 25 a second, sound is AAC at 48 kHz. The presentation
@@ -34,7 +37,8 @@ class MediaLibrary {
 
   /// Makes the media in the folder, if they are not there; that takes some seconds. Other processes
   /// may do so at the same time. Throws std::runtime_error with a sentence and a remedy.
-  explicit MediaLibrary(const std::filesystem::path& folder);
+  /// @param progress is told how many parts are made, of how many, when they must be made.
+  explicit MediaLibrary(const std::filesystem::path& folder, const MediaProgress& progress = {});
 
   static const std::vector<MediaPart>& parts();
   static const MediaPart& part(const std::string& name);

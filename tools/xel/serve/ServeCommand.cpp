@@ -1,6 +1,7 @@
 #include "serve/ServeCommand.h"
 
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -8,6 +9,7 @@
 
 #include "xel/platform/StandardRunLoop.h"
 
+#include "common/Progress.h"
 #include "common/SignalWatcher.h"
 #include "serve/AdServer.h"
 #include "serve/GivenDocument.h"
@@ -45,7 +47,10 @@ void runServe(const ServeOptions& options, int& exitStatus) {
   if (!options.answerFile.empty()) settings.answer = readOption("--answer", options.answerFile);
   if (!options.mediaFolder.empty()) {
     try {
-      settings.media = std::make_shared<const serve::MediaLibrary>(options.mediaFolder);
+      Progress progress("making media");
+      settings.media = std::make_shared<const serve::MediaLibrary>(
+          options.mediaFolder,
+          [&progress](std::size_t done, std::size_t total) { progress.show(done, total); });
     } catch (const std::runtime_error& error) {
       throw CLI::ValidationError("--media", error.what());
     }
