@@ -7,6 +7,8 @@
 
 #include <pthread.h>
 
+#include "backends/gstreamer/CancelledDownloads.h"
+
 namespace xel {
 
 struct PipelineThread::Queue {
@@ -35,7 +37,11 @@ PipelineThread::PipelineThread(GstElementHandle pipeline, std::shared_ptr<std::m
   std::thread thread(
       [queue = queue_, pipeline = std::move(pipeline), turn = std::move(turn)]() mutable {
         const auto held = turn ? std::unique_lock(*turn) : std::unique_lock<std::mutex>();
-        while (const auto function = queue->next()) function(*pipeline);
+        while (const auto function = queue->next()) {
+          guardCancelledDownloads();
+          function(*pipeline);
+        }
+        guardCancelledDownloads();
         gst_element_set_state(pipeline.get(), GST_STATE_NULL);
         pipeline.reset();
       });
