@@ -3,6 +3,8 @@
 /// The whole simulation kit: what a host application needs to test itself without a network, a
 /// player or a clock.
 
+#include "xel/simulation/JSONWriter.h"
+#include "xel/simulation/ObservingDisplay.h"
 #include "xel/simulation/RecordingDelegate.h"
 #include "xel/simulation/ScriptedDisplay.h"
 #include "xel/simulation/ScriptedMediaPlayer.h"

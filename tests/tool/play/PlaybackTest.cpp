@@ -108,16 +108,16 @@ TEST_F(PlaybackTest, EndsWithTheStreamUnlessAnotherOneIsBeingLoaded) {
 }
 
 /// Sees what passes through a display as words.
-class Witness final : public DisplayObserver {
+class Witness final : public simulation::DisplayObserver {
  public:
   void displayWillLoad(const std::string& url, const std::vector<JSONValue>& subtitles) override {
     words += "load:" + url + ":" + std::to_string(subtitles.size()) + " ";
   }
-  bool displayWillReport(const DisplayReport& report) override {
+  bool displayWillReport(const simulation::DisplayReport& report) override {
     words += "will:" + std::to_string(report.index()) + " ";
     return !isSilent;
   }
-  void displayDidReport(const DisplayReport& report) override {
+  void displayDidReport(const simulation::DisplayReport& report) override {
     words += "did:" + std::to_string(report.index()) + " ";
   }
   std::string words;
@@ -129,7 +129,7 @@ TEST(ObservingDisplay, PassesEverythingOnUnlessItsObserverKeepsItBack) {
   const auto witness = std::make_shared<Witness>();
   const auto recorder = std::make_shared<PlaybackRecorder>();
   recorder->onWord = [&](const std::string& word) { witness->words += word + " "; };
-  const auto outer = ObservingDisplay::make(inner, witness);
+  const auto outer = simulation::ObservingDisplay::make(inner, witness);
   outer->setDelegate(recorder);
   outer->loadURL_withSubtitles("u", JSONValue::parse("[1,2]").value.elements());
   EXPECT_EQ(inner->loads().back().subtitles.size(), 2u);

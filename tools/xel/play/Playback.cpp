@@ -7,6 +7,12 @@
 namespace xel {
 namespace {
 
+using simulation::DisplayObserver;
+using simulation::FailureReport;
+using simulation::MetadataReport;
+using simulation::ObservingDisplay;
+using simulation::ProgressReport;
+
 /// Far below a tick, far above what sums of seconds lose.
 constexpr double tolerance = 1e-6;
 /// Ticks that lie further apart than so many seconds have a jump between them.
@@ -79,7 +85,7 @@ bool Playback::isBeyondDuration(double played) const {
   return settings_.duration && played > *settings_.duration + tolerance;
 }
 
-bool Playback::displayWillReport(const DisplayReport& report) {
+bool Playback::displayWillReport(const simulation::DisplayReport& report) {
   if (isOver_) return false;
   if (const auto* tick = std::get_if<ProgressReport>(&report)) return willTick(tick->time);
   if (!std::holds_alternative<MetadataReport>(report)) return true;
@@ -103,7 +109,7 @@ bool Playback::willTick(double time) {
   return true;
 }
 
-void Playback::displayDidReport(const DisplayReport& report) {
+void Playback::displayDidReport(const simulation::DisplayReport& report) {
   if (std::holds_alternative<FailureReport>(report)) isOver_ = true;
   if (isOver_ || !std::holds_alternative<ProgressReport>(report)) return;
   if (const auto observer = observer_.lock()) observer->playbackDidTick();

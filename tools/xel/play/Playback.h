@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "play/ObservingDisplay.h"
+#include "xel/simulation/ObservingDisplay.h"
+
 #include "play/StreamPlayer.h"
 
 namespace xel {
@@ -46,7 +47,7 @@ class PlaybackObserver {
 ///
 /// The tick and the texts that a jump replaces, and those beyond the duration, do not reach the
 /// library. Ownership: shared. Threads: main run loop.
-class Playback final : private DisplayObserver, private StreamPlayerObserver {
+class Playback final : private simulation::DisplayObserver, private StreamPlayerObserver {
   struct Token {
     explicit Token() = default;
   };
@@ -68,8 +69,8 @@ class Playback final : private DisplayObserver, private StreamPlayerObserver {
 
  private:
   void displayWillLoad(const std::string& url, const std::vector<JSONValue>& subtitles) override;
-  bool displayWillReport(const DisplayReport& report) override;
-  void displayDidReport(const DisplayReport& report) override;
+  bool displayWillReport(const simulation::DisplayReport& report) override;
+  void displayDidReport(const simulation::DisplayReport& report) override;
   void playerDidMiss(std::uint64_t segments) override;
   void playerDidEnd() override;
 
@@ -84,7 +85,7 @@ class Playback final : private DisplayObserver, private StreamPlayerObserver {
   const std::shared_ptr<StreamPlayer> player_;
   const PlaybackSettings settings_;
   const std::weak_ptr<PlaybackObserver> observer_;
-  std::shared_ptr<ObservingDisplay> display_;
+  std::shared_ptr<simulation::ObservingDisplay> display_;
 
   std::size_t nextSeek_ = 0;
   /// From a jump until the first tick after it, which no other jump replaces.

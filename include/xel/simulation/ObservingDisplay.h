@@ -6,8 +6,9 @@
 #include <vector>
 
 #include "xel/display/XELVideoDisplay.h"
+#include "xel/platform/Export.h"
 
-namespace xel {
+namespace xel::simulation {
 
 // What a video display can report.
 
@@ -27,11 +28,13 @@ struct ReadyReport {};
 using DisplayReport = std::variant<MetadataReport, ProgressReport, FailureReport, ReadyReport>;
 
 /// Told of what passes between a display and the library. Threads: main run loop.
-class DisplayObserver {
+class XEL_EXPORT DisplayObserver {
  public:
-  virtual ~DisplayObserver() = default;
+  virtual ~DisplayObserver();
   /// Before the display is told to load. Must not load another stream.
   virtual void displayWillLoad(const std::string& url, const std::vector<JSONValue>& subtitles) = 0;
+  /// After the display was told, and returned.
+  virtual void displayDidLoad() {}
   /// Before the library hears of a report. Returning false keeps it from the library.
   virtual bool displayWillReport(const DisplayReport& report) = 0;
   /// After the library heard of a report, or would have if it still were the delegate.
@@ -43,7 +46,7 @@ class DisplayObserver {
 ///
 /// Ownership: holds the other display, and becomes its delegate; the observer is not kept alive. It
 /// may be let go of inside any of its reports. Threads: main run loop.
-class ObservingDisplay final : public XELVideoDisplay, private XELVideoDisplayDelegate {
+class XEL_EXPORT ObservingDisplay final : public XELVideoDisplay, private XELVideoDisplayDelegate {
   struct Token {
     explicit Token() = default;
   };
@@ -54,6 +57,7 @@ class ObservingDisplay final : public XELVideoDisplay, private XELVideoDisplayDe
                                                 std::weak_ptr<DisplayObserver> observer);
   ObservingDisplay(Token, std::shared_ptr<XELVideoDisplay> display,
                    std::weak_ptr<DisplayObserver> observer);
+  ~ObservingDisplay() override;
 
   void loadURL_withSubtitles(const std::string& url,
                              const std::vector<JSONValue>& subtitles) override;
@@ -76,4 +80,4 @@ class ObservingDisplay final : public XELVideoDisplay, private XELVideoDisplayDe
   std::weak_ptr<XELVideoDisplayDelegate> delegate_;
 };
 
-}  // namespace xel
+}  // namespace xel::simulation

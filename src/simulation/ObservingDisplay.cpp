@@ -1,8 +1,8 @@
-#include "play/ObservingDisplay.h"
+#include "xel/simulation/ObservingDisplay.h"
 
 #include <utility>
 
-namespace xel {
+namespace xel::simulation {
 namespace {
 
 struct Tell {
@@ -23,6 +23,8 @@ struct Tell {
 
 }  // namespace
 
+DisplayObserver::~DisplayObserver() = default;
+
 std::shared_ptr<ObservingDisplay> ObservingDisplay::make(std::shared_ptr<XELVideoDisplay> display,
                                                          std::weak_ptr<DisplayObserver> observer) {
   auto made = std::make_shared<ObservingDisplay>(Token(), std::move(display), std::move(observer));
@@ -34,11 +36,15 @@ ObservingDisplay::ObservingDisplay(Token, std::shared_ptr<XELVideoDisplay> displ
                                    std::weak_ptr<DisplayObserver> observer)
     : display_(std::move(display)), observer_(std::move(observer)) {}
 
+ObservingDisplay::~ObservingDisplay() = default;
+
 void ObservingDisplay::loadURL_withSubtitles(const std::string& url,
                                              const std::vector<JSONValue>& subtitles) {
   const auto display = display_;
-  if (const auto observer = observer_.lock()) observer->displayWillLoad(url, subtitles);
+  const auto observer = observer_.lock();
+  if (observer) observer->displayWillLoad(url, subtitles);
   display->loadURL_withSubtitles(url, subtitles);
+  if (observer) observer->displayDidLoad();
 }
 
 /// Whoever reports holds its delegate, which is this display, meanwhile.
@@ -65,4 +71,4 @@ void ObservingDisplay::videoDisplay_didFailWithError(XELVideoDisplay&,
 
 void ObservingDisplay::videoDisplayIsReadyForPlayback(XELVideoDisplay&) { pass(ReadyReport{}); }
 
-}  // namespace xel
+}  // namespace xel::simulation
