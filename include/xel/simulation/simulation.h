@@ -12,4 +12,5 @@
 #include "xel/simulation/StreamInfoBuilder.h"
 #include "xel/simulation/StreamInitAnswerBuilder.h"
 #include "xel/simulation/TraceReader.h"
+#include "xel/simulation/TraceRecorder.h"
 #include "xel/simulation/VastBuilder.h"

@@ -1,0 +1,177 @@
+#include "simulation/trace/Redactor.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <iterator>
+
+#include "simulation/trace/DecodedText.h"
+
+namespace xel::simulation {
+namespace {
+
+constexpr std::size_t shortestInWords = 4;
+constexpr std::size_t shortestIdentifier = 8;
+
+std::string mapped(std::string text, int (*map)(int)) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [map](unsigned char c) { return static_cast<char>(map(c)); });
+  return text;
+}
+
+std::string without(std::string text, char character) {
+  std::erase(text, character);
+  return text;
+}
+
+bool isDigits(std::string_view text) {
+  return text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+bool isWordCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; }
+
+bool isOneOf(char c, std::string_view characters) {
+  return characters.find(c) != std::string_view::npos;
+}
+
+std::size_t find(std::string_view text, std::string_view part, std::size_t from) {
+  const auto* found = memmem(text.data() + from, text.size() - from, part.data(), part.size());
+  if (!found) return std::string_view::npos;
+  return static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+}
+
+}  // namespace
+
+void Redactor::addSecret(const std::string& value) {
+  if (value.find_first_not_of("0-") == std::string::npos || known_.contains(value)) return;
+  known_.insert(value);
+  const auto replacement = replacements_.of(value);
+  if (Replacements::isUUID(value)) {
+    for (const auto& form : {mapped(value, std::tolower), mapped(value, std::toupper), value}) {
+      add(form, replacement, Where::anywhere);
+      add(without(form, '-'), without(replacement, '-'), Where::anywhere);
+    }
+    return;
+  }
+  const auto where = value.size() < shortestInWords ? Where::wholeValue
+                     : isDigits(value)              ? Where::wholeWord
+                                                    : Where::anywhere;
+  add(value, replacement, where);
+  auto asForm = value;
+  std::replace(asForm.begin(), asForm.end(), ' ', '+');
+  if (asForm != value) add(asForm, replacement, where);
+}
+
+void Redactor::addParameters(const std::string& parameters) {
+  addSecret(parameters);
+  for (std::size_t begin = 0; begin < parameters.size();) {
+    const auto end = std::min(parameters.find('&', begin), parameters.size());
+    const auto piece = parameters.substr(begin, end - begin);
+    begin = end + 1;
+    const auto equals = piece.find('=');
+    if (equals == std::string::npos || equals + 1 == piece.size()) continue;
+    const auto value = piece.substr(equals + 1);
+    add(piece, piece.substr(0, equals + 1) + replacements_.of(value), Where::wholeWord);
+    const bool hasDigit = value.find_first_of("0123456789") != std::string::npos;
+    if (value.size() >= shortestIdentifier && hasDigit) addSecret(value);
+  }
+}
+
+void Redactor::add(std::string text, std::string replacement, Where where) {
+  const auto place = std::find_if(secrets_.begin(), secrets_.end(), [&](const Secret& other) {
+    return other.text.size() < text.size();
+  });
+  secrets_.insert(place, {std::move(text), std::move(replacement), where});
+}
+
+std::string Redactor::text(std::string_view text) {
+  auto redacted = replaceSecrets(text);
+  return redactURLs_ ? urls_.inText(redacted) : redacted;
+}
+
+std::string Redactor::url(std::string_view text) {
+  auto redacted = replaceSecrets(text);
+  return redactURLs_ ? urls_.inURL(redacted) : redacted;
+}
+
+std::string Redactor::headerValue(std::string_view name, std::string_view value) {
+  const auto header = mapped(std::string(name), std::tolower);
+  if (value.empty()) return {};
+  if (header == "cookie" || header == "set-cookie") return replacements_.of(value);
+  auto redacted = text(value);
+  if (header.ends_with("authorization") && redacted == value) return replacements_.of(value);
+  return redacted;
+}
+
+/// Whether the secret stands for itself there, as far as it must.
+bool Redactor::isWhole(std::string_view text, Range range, const Secret& secret) {
+  const bool isFirst = range.first == 0;
+  const bool isLast = range.second == text.size();
+  const char before = isFirst ? ' ' : text[range.first - 1];
+  const char after = isLast ? ' ' : text[range.second];
+  switch (secret.where) {
+    case Where::anywhere:
+      return true;
+    case Where::wholeWord:
+      return !isWordCharacter(before) && !isWordCharacter(after) && before != '.';
+    case Where::wholeValue:
+      break;
+  }
+  const bool isName = after == '"' && text.substr(range.second + 1).starts_with(':');
+  return (isFirst || isOneOf(before, "=\"")) && (isLast || isOneOf(after, "&#\"")) && !isName;
+}
+
+/// Whether the range is a number in a JSON document.
+bool Redactor::isNumber(std::string_view text, Range range) {
+  if (text.empty() || !isOneOf(text.front(), "{[")) return false;
+  const auto before = text.find_last_not_of(" \t\r\n", range.first - 1);
+  const auto after = text.find_first_not_of(" \t\r\n", range.second);
+  return before != std::string_view::npos && isOneOf(text[before], ":[,") &&
+         after != std::string_view::npos && isOneOf(text[after], ",]}");
+}
+
+std::string Redactor::replaceSecrets(std::string_view text) const {
+  // As it is, then with the escapes of JSON, XML and URLs read, one inside the other.
+  std::vector<DecodedText> layers;
+  std::vector<Found> found;
+  const auto search = [&](std::string_view decoded) {
+    for (const Secret& secret : secrets_) {
+      for (std::size_t at = 0; (at = find(decoded, secret.text, at)) != std::string_view::npos;) {
+        Range range = {at, at + secret.text.size()};
+        at = range.second;
+        if (!isWhole(decoded, range, secret)) continue;
+        for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer) {
+          range = layer->source(range);
+        }
+        found.push_back({range.first, range.second, &secret});
+      }
+    }
+  };
+  search(text);
+  for (const auto decode : {DecodedText::fromJSON, DecodedText::fromXML, DecodedText::fromPercent,
+                            DecodedText::fromPercent}) {
+    auto decoded = decode(layers.empty() ? text : std::string_view(layers.back().text()));
+    if (!decoded.hasEscapes()) continue;
+    layers.push_back(std::move(decoded));
+    search(layers.back().text());
+  }
+  if (found.empty()) return std::string(text);
+
+  // Where several overlap, the outermost counts.
+  std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) {
+    return a.begin != b.begin ? a.begin < b.begin : a.end > b.end;
+  });
+  std::string redacted;
+  std::size_t done = 0;
+  for (const auto& [begin, end, secret] : found) {
+    if (begin < done) continue;
+    redacted += text.substr(done, begin - done);
+    const bool isBare = secret->where == Where::wholeWord && isNumber(text, {begin, end});
+    redacted += isBare ? '"' + secret->replacement + '"' : secret->replacement;
+    done = end;
+  }
+  redacted += text.substr(done);
+  return redacted;
+}
+
+}  // namespace xel::simulation
