@@ -1,0 +1,245 @@
+#include <algorithm>
+#include <array>
+#include <map>
+#include <regex>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "inspect/Rules.h"
+#include "inspect/Wording.h"
+
+namespace xel::inspect {
+namespace {
+
+bool isKnownEvent(std::string_view event) {
+  constexpr auto known = std::to_array<std::string_view>({"acceptinvitation",
+                                                          "acceptinvitationlinear",
+                                                          "adcollapse",
+                                                          "adexpand",
+                                                          "close",
+                                                          "closelinear",
+                                                          "collapse",
+                                                          "complete",
+                                                          "creativeview",
+                                                          "error",
+                                                          "exitfullscreen",
+                                                          "expand",
+                                                          "firstquartile",
+                                                          "fullscreen",
+                                                          "interactivestart",
+                                                          "loaded",
+                                                          "midpoint",
+                                                          "minimize",
+                                                          "mute",
+                                                          "notused",
+                                                          "otheradinteraction",
+                                                          "overlayviewduration",
+                                                          "pause",
+                                                          "playercollapse",
+                                                          "playerexpand",
+                                                          "progress",
+                                                          "resume",
+                                                          "rewind",
+                                                          "skip",
+                                                          "start",
+                                                          "thirdquartile",
+                                                          "timespentviewing",
+                                                          "unmute",
+                                                          "verificationnotexecuted"});
+  return std::binary_search(known.begin(), known.end(), event);
+}
+
+/// The query parameters that a measurement URL loses when it is sent.
+std::vector<std::string> droppedParameters(const std::string& url) {
+  std::vector<std::string> dropped;
+  const auto query = url.find('?');
+  if (query == std::string::npos) return dropped;
+  std::map<std::string, std::string> earlier;
+  for (auto begin = query + 1; begin <= url.find('#');) {
+    const auto end = std::min(url.find_first_of("&#", begin), url.size());
+    const auto parameter = url.substr(begin, end - begin);
+    const auto equals = parameter.find('=');
+    if (equals == std::string::npos || equals != parameter.rfind('=')) {
+      if (!parameter.empty()) dropped.push_back(quoted(parameter));
+    } else {
+      const auto [entry, isNew] = earlier.emplace(parameter.substr(0, equals), parameter);
+      if (!isNew) dropped.push_back(quoted(std::exchange(entry->second, parameter)));
+    }
+    if (end == url.size() || url[end] == '#') break;
+    begin = end + 1;
+  }
+  return dropped;
+}
+
+/// The first macro of a URL that is still to be filled; empty when there is none.
+std::string macroIn(const std::string& url) {
+  static const std::regex form(R"((\[|%5[Bb])([A-Za-z][A-Za-z0-9_:.-]*)(\]|%5[Dd])(?!=))");
+  std::smatch found;
+  return std::regex_search(url, found, form) ? found[0].str() : std::string();
+}
+
+class TrackingChecker {
+ public:
+  TrackingChecker(const VastOutline& vast, const AdView& view, const std::string& path,
+                  Findings& findings)
+      : vast_(vast), view_(view), path_(path), findings_(findings) {}
+
+  void check() {
+    if (vast_.ads().empty()) return;
+    for (std::size_t i = 0; i < vast_.elements().size(); ++i) {
+      if (vast_.isOfFirstAd(i) && isTrackingElement(vast_.elements()[i])) checkElement(i);
+    }
+    for (const auto event :
+         {"start", "creativeview", "firstquartile", "midpoint", "thirdquartile", "complete"}) {
+      checkSent(event);
+    }
+    if (neverSent_.empty()) return;
+    std::vector<std::string> events;
+    for (const auto& [event, count] : neverSent_) {
+      events.push_back(event + " (" + std::to_string(count) + ")");
+    }
+    findings_.add("tracking-never-sent", firstNeverSent_,
+                  "The ad has tracking that the client never sends: " + listed(events) + ".");
+  }
+
+ private:
+  std::string place(const XMLElement& element) const { return placeIn(path_, element.place); }
+
+  void checkElement(std::size_t index) {
+    const auto& element = vast_.elements()[index];
+    const auto& context = vast_.contextOf(index);
+    if (context.region == VastRegion::companions) return keep("companion tracking", element);
+    const auto event = vast_.eventOf(index);
+    if (context.region == VastRegion::creatives && !context.linear) {
+      findings_.add("tracking-outside-linear", place(element),
+                    nameOf(element) + " stands in a creative outside Linear and is dropped.");
+    } else if (!event) {
+      findings_.add("tracking-without-event", place(element),
+                    "This Tracking element names no event and is dropped.");
+    } else if (!isKnownEvent(*event)) {
+      findings_.add("tracking-unknown-event", place(element),
+                    "No event is named " + quoted(*event) + ", so this ping is never sent.");
+    } else if (!isPingedEvent(*event)) {
+      keep(*event, element);
+    } else {
+      checkFiled(index, *event);
+    }
+  }
+
+  static std::string nameOf(const XMLElement& element) {
+    const auto event = element.attribute("event");
+    return event ? element.name + ' ' + quoted(*event) : element.name;
+  }
+
+  void keep(const std::string& event, const XMLElement& element) {
+    if (neverSent_.empty()) firstNeverSent_ = place(element);
+    ++neverSent_[event];
+  }
+
+  void checkFiled(std::size_t index, const std::string& event) {
+    const auto& element = vast_.elements()[index];
+    if (const auto around = foreignParent(index); !around.empty()) {
+      findings_.add(
+          "tracking-in-extension", place(element),
+          nameOf(element) + " stands in " + around + " and is pinged with the ad's " + event + ".");
+    }
+    std::size_t blank = 0, filled = 0;
+    for (const auto& piece : element.pieces) {
+      if (!piece.isBehindElement) {
+        ++(piece.isBlank() ? blank : filled);
+      } else if (!piece.isBlank()) {
+        findings_.add("ping-behind-element", placeIn(path_, piece.place),
+                      "The text " + quoted(piece.text) + " stands behind a nested element of " +
+                          nameOf(element) + " and is dropped.");
+      }
+    }
+    if (blank > 0) {
+      findings_.add("ping-white-space", place(element),
+                    nameOf(element) + " files " + counted(blank, "ping") + " of white space for " +
+                        event + (blank == 1 ? ", which fails." : ", which fail."));
+    }
+    if (filled > 1) {
+      findings_.add("ping-pieces", place(element),
+                    "The URL of " + nameOf(element) + " is split into " + std::to_string(filled) +
+                        " pieces, which are pinged one by one; the URL as a whole is never sent.");
+    }
+    if (blank + filled == 0) {
+      findings_.add("ping-without-url", place(element),
+                    nameOf(element) + " holds no URL, so nothing is pinged.");
+    }
+  }
+
+  std::string foreignParent(std::size_t index) const {
+    for (auto at = vast_.elements()[index].parent; at; at = vast_.elements()[*at].parent) {
+      const auto& name = vast_.elements()[*at].name;
+      if (name.ends_with("Extensions") || name == "AdVerifications") return name;
+    }
+    return {};
+  }
+
+  /// Compares what is filed for an event with what the library sent.
+  void checkSent(const std::string& event) {
+    std::vector<const PingView*> sent;
+    for (const auto& ping : view_.pings) {
+      if (ping.event == event) sent.push_back(&ping);
+    }
+    const auto filed = vast_.pingsOf(event);
+    if (filed.size() != sent.size()) return;
+    std::set<std::string> urls;
+    for (std::size_t i = 0; i < filed.size(); ++i) {
+      if (isWholeURL(filed[i])) checkPing(filed[i], *sent[i], urls.insert(sent[i]->url).second);
+    }
+  }
+
+  static bool isWholeURL(const FiledURL& url) {
+    const auto& pieces = url.element->pieces;
+    return !url.piece->isBlank() && std::none_of(pieces.begin(), pieces.end(), [&](auto& other) {
+      return &other != url.piece && !other.isBlank() && !other.isBehindElement;
+    });
+  }
+
+  void checkPing(const FiledURL& filed, const PingView& sent, bool isFirst) {
+    const auto where = placeIn(path_, filed.piece->place);
+    if (sent.refusal) {
+      findings_.add("ping-refused", where,
+                    "The ping for " + filed.event + " is never sent: " + quoted(sent.url) +
+                        " is refused. " + *sent.refusal);
+    }
+    if (const auto macro = macroIn(sent.url); !macro.empty()) {
+      findings_.add("ping-unfilled-macro", where,
+                    "The ping for " + filed.event + " goes out with " + macro + " in its URL.");
+    }
+    if (!isFirst) {
+      findings_.add(
+          "ping-twice", where,
+          "The URL " + quoted(sent.url) + " is pinged once more for " + filed.event + ".");
+    }
+    constexpr std::string_view added = "ssss=oxel";
+    const bool isMeasurement = sent.url.find(added) != std::string::npos &&
+                               filed.piece->text.find(added) == std::string::npos;
+    const auto dropped = droppedParameters(filed.piece->text);
+    if (isMeasurement && !dropped.empty()) {
+      findings_.add(
+          "ping-parameter-dropped", where,
+          "The measurement ping for " + filed.event + " goes out without " + listed(dropped) + ".");
+    }
+  }
+
+  const VastOutline& vast_;
+  const AdView& view_;
+  const std::string& path_;
+  Findings& findings_;
+  std::map<std::string, std::size_t> neverSent_;
+  std::string firstNeverSent_;
+};
+
+}  // namespace
+
+void checkTracking(const VastOutline& vast, const AdView& view, const std::string& path,
+                   Findings& findings) {
+  TrackingChecker(vast, view, path, findings).check();
+}
+
+}  // namespace xel::inspect
