@@ -56,6 +56,10 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 AdServer::AdServer(Settings settings)
     : settings_(std::move(settings)),
       caFile_(folder_.path() / "ca.pem"),
+      faults_(settings_.faults,
+              [this](const Fault& fault, bool isAnswerLost) {
+                ledger_.strike(placeInLedger, fault.text, isAnswerLost);
+              }),
       server_(certificate_.x509(), certificate_.key()) {
   certificate_.write(caFile_);
   addRoutes();
@@ -68,7 +72,8 @@ AdServer::~AdServer() {
     const std::lock_guard lock(mutex_);
     stopping_ = true;
   }
-  documentSent_.notify_all();
+  documentAnswered_.notify_all();
+  faults_.stop();
   server_.stop();
   thread_.join();
 }
@@ -80,37 +85,37 @@ void AdServer::addRoutes() {
       {"/ssai/event/([^/]+)/streams", StreamKind::live},
       {"/ondemand/hls/content/([^/]+)/vid/([^/]+)/streams", StreamKind::vod}};
   for (const auto& [path, kind] : endpoints) {
-    server_.Post(path, [this, kind = kind](const Request& request, Response& response) {
+    server_.Post(path, faults_.wrap(Endpoint::init, [this, kind = kind](const Request& request,
+                                                                        Response& response) {
       answerStreamRequest(kind, request, response);
-    });
+    }));
     server_.Get(path, [](const Request&, Response& response) {
       response.set_header("Allow", "POST");
       refuse(response, 405, "A stream request is a POST.");
     });
   }
-  server_.Get(R"(/streams/(\d+)/events\.json)", [this](const Request& request, Response& response) {
-    answerDocument(request, response);
-  });
-  server_.Get(R"(/streams/(\d+)/main\.m3u8)", [this](const Request& request, Response& response) {
-    answerPlaylist(request, response);
-  });
-  server_.Get(
-      R"(/streams/(\d+)/preroll\.m3u8)",
-      [this](const Request& request, Response& response) { answerPreroll(request, response); });
-  addMediaRoutes(server_, mutex_, [this](const Request& request) { return streamOf(request); });
+  const auto add = [this](const char* path, Endpoint endpoint,
+                          void (AdServer::*answer)(const Request&, Response&)) {
+    server_.Get(path,
+                faults_.wrap(endpoint, [this, answer](const Request& request, Response& response) {
+                  (this->*answer)(request, response);
+                }));
+  };
+  add(R"(/streams/(\d+)/events\.json)", Endpoint::document, &AdServer::answerDocument);
+  add(R"(/streams/(\d+)/main\.m3u8)", Endpoint::manifest, &AdServer::answerPlaylist);
+  add(R"(/streams/(\d+)/preroll\.m3u8)", Endpoint::manifest, &AdServer::answerPreroll);
+  add("/track/.*", Endpoint::ping, &AdServer::answerPing);
+  addMediaRoutes(server_, faults_, mutex_,
+                 [this](const Request& request) { return streamOf(request); });
   server_.Get(R"(/streams/(\d+)/en\.vtt)", [](const Request&, Response& response) {
     response.set_content("WEBVTT\n", "text/vtt");
   });
-  server_.Get("/track/.*", [](const Request&, Response& response) { response.status = 204; });
+  faults_.addRoutes(server_);
   server_.Get("/ledger", [this](const Request&, Response& response) {
     response.set_content(ledger_.json(), json);
   });
   server_.Get("/documents", [this](const Request&, Response& response) {
     response.set_content(documents(), json);
-  });
-  server_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
-    // By now the answer has been written.
-    if (response.status == 200 && request.path.ends_with(documentName)) documentSent(request);
   });
   server_.set_error_handler([](const Request& request, Response& response) {
     if (!response.body.empty()) return;
@@ -132,14 +137,20 @@ void AdServer::recordRequests() {
     placeInLedger = ledger_.begin(std::move(entry));
     return httplib::Server::HandlerResponse::Unhandled;
   });
-  server_.set_post_routing_handler(
-      [this](const httplib::Request& request, httplib::Response& response) {
-        ledger_.finish(placeInLedger, request.body, response.status);
-        if (settings_.verbose) {
-          const std::string line = printable(request.method + " " + request.target);
-          std::fprintf(stderr, "%s %d\n", line.c_str(), response.status);
-        }
-      });
+  server_.set_post_routing_handler([this](const httplib::Request& request,
+                                          httplib::Response& response) {
+    const auto status = response.status == noAnswer ? std::nullopt : std::optional(response.status);
+    ledger_.finish(placeInLedger, request.body, status);
+    if (settings_.verbose) {
+      const std::string line = printable(request.method + " " + request.target);
+      const std::string result = status ? std::to_string(*status) : "without an answer";
+      std::fprintf(stderr, "%s %s\n", line.c_str(), result.c_str());
+    }
+  });
+  server_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
+    // By now the answer has been written.
+    if (request.path.ends_with(documentName)) documentAnswered(request, response);
+  });
 }
 
 void AdServer::listen() {
@@ -201,18 +212,26 @@ void AdServer::answerDocument(const httplib::Request& request, httplib::Response
   response.set_content(stream->fetchDocument(), json);
 }
 
-void AdServer::documentSent(const httplib::Request& request) {
+void AdServer::documentAnswered(const httplib::Request& request,
+                                const httplib::Response& response) {
+  const bool isSent = response.status == 200 && !ledger_.isAnswerLost(placeInLedger);
   const std::lock_guard lock(mutex_);
-  if (ServedStream* const stream = streamOf(request)) stream->documentSent();
-  documentSent_.notify_all();
+  ServedStream* const stream = streamOf(request);
+  if (!stream) return;
+  if (isSent) {
+    stream->documentSent();
+  } else {
+    stream->documentLost();
+  }
+  documentAnswered_.notify_all();
 }
 
 void AdServer::answerPlaylist(const httplib::Request& request, httplib::Response& response) {
   std::unique_lock lock(mutex_);
   ServedStream* const stream = streamOf(request);
   if (!stream) return refuse(response, 404, noSuchSession);
-  documentSent_.wait_for(lock, longestWait,
-                         [&] { return stopping_ || stream->isNextSegmentDue(); });
+  documentAnswered_.wait_for(lock, longestWait,
+                             [&] { return stopping_ || stream->isNextSegmentDue(); });
   response.set_content(stream->fetchPlaylist(), m3u8);
 }
 
@@ -225,11 +244,15 @@ void AdServer::answerPreroll(const httplib::Request& request, httplib::Response&
   response.set_content(playlist, m3u8);
 }
 
+void AdServer::answerPing(const httplib::Request&, httplib::Response& response) {
+  response.status = 204;
+}
+
 std::string AdServer::documents() {
   const std::lock_guard lock(mutex_);
   std::string text;
   for (const auto& stream : streams_) {
-    const std::string& document = stream->lastDocument();
+    const std::string& document = stream->sentDocument();
     text += text.empty() ? "[" : ",";
     text += R"({"streamID":")" + stream->settings().streamID + R"(","streamType":")" +
             (stream->settings().kind == StreamKind::live ? "live" : "on_demand") +

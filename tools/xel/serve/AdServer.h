@@ -14,6 +14,7 @@
 
 #include "common/TemporaryFolder.h"
 #include "serve/Certificate.h"
+#include "serve/FaultInjector.h"
 #include "serve/GivenDocument.h"
 #include "serve/Ledger.h"
 #include "serve/ServedStream.h"
@@ -40,6 +41,8 @@ class AdServer {
     std::optional<GivenDocument> answer;
     /// The media of the streams; null: playlists alone. Not with `document`.
     std::shared_ptr<const MediaLibrary> media;
+    /// What goes wrong from the start.
+    std::vector<Fault> faults;
     /// Writes a line to standard error for each request.
     bool verbose = false;
   };
@@ -62,10 +65,12 @@ class AdServer {
   void listen();
   void answerStreamRequest(StreamKind kind, const httplib::Request& request,
                            httplib::Response& response);
-  void documentSent(const httplib::Request& request);
+  /// Tells the stream what has become of the document that was asked for.
+  void documentAnswered(const httplib::Request& request, const httplib::Response& response);
   void answerDocument(const httplib::Request& request, httplib::Response& response);
   void answerPlaylist(const httplib::Request& request, httplib::Response& response);
   void answerPreroll(const httplib::Request& request, httplib::Response& response);
+  void answerPing(const httplib::Request& request, httplib::Response& response);
   std::string documents();
   /// The stream that the path names; null when there is none. Call with `mutex_` held.
   ServedStream* streamOf(const httplib::Request& request);
@@ -76,8 +81,9 @@ class AdServer {
   const std::filesystem::path caFile_;
   std::string url_;
   Ledger ledger_;
+  FaultInjector faults_;
   std::mutex mutex_;
-  std::condition_variable documentSent_;                ///< Or the server is stopping.
+  std::condition_variable documentAnswered_;            ///< Or the server is stopping.
   std::vector<std::unique_ptr<ServedStream>> streams_;  ///< Guarded by mutex_.
   bool stopping_ = false;                               ///< Guarded by mutex_.
   httplib::SSLServer server_;

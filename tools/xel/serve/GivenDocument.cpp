@@ -2,10 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -21,20 +17,6 @@ PlaylistWriter withTail(double lastEvent, std::vector<StreamText> texts) {
 }
 
 }  // namespace
-
-GivenDocument GivenDocument::read(const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::ostringstream read;
-  read << stream.rdbuf();
-  if (!stream.is_open() || read.bad() || std::filesystem::is_directory(file)) {
-    throw std::runtime_error(file + " cannot be read");
-  }
-  std::string text = read.str();
-  const auto [value, error] = JSONValue::parse(text);
-  if (error) throw std::runtime_error(file + " is not JSON: " + error->description);
-  if (!value.isObject()) throw std::runtime_error(file + " is not a JSON object");
-  return {std::move(text), value};
-}
 
 PlaylistWriter vodPlaylistFor(const JSONValue& streamInfo) {
   double last = 0;

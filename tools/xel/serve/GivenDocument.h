@@ -1,21 +1,13 @@
 #pragma once
 
-#include <string>
-
 #include "xel/platform/JSONValue.h"
 
+#include "document/GivenDocument.h"
 #include "serve/PlaylistWriter.h"
 
 namespace xel::serve {
 
-/// A JSON object that the user wrote. `text` is served as it stands.
-struct GivenDocument {
-  std::string text;
-  JSONValue value;
-
-  /// Throws std::runtime_error with one line when the file cannot be read or is no JSON object.
-  static GivenDocument read(const std::string& file);
-};
+using xel::GivenDocument;
 
 /// A stream to go with a stream info document: long enough for its last cue point and second.
 PlaylistWriter vodPlaylistFor(const JSONValue& streamInfo);

@@ -43,21 +43,23 @@ void answerAudio(const ServedStream&, MediaStream&, const httplib::Request&,
 
 }  // namespace
 
-void addMediaRoutes(httplib::Server& server, std::mutex& mutex, const StreamFinder& find) {
-  const auto add = [&](const char* path, auto answer) {
-    server.Get(
-        path, [&mutex, find, answer](const httplib::Request& request, httplib::Response& response) {
-          const std::lock_guard lock(mutex);
-          ServedStream* const stream = find(request);
-          MediaStream* const media = stream ? stream->media(request.matches[2]) : nullptr;
-          if (!media)
-            return refuse(response, "There is no such session, or it has no such media.\n");
-          answer(*stream, *media, request, response);
-        });
+void addMediaRoutes(httplib::Server& server, FaultInjector& faults, std::mutex& mutex,
+                    const StreamFinder& find) {
+  const auto add = [&](const char* path, Endpoint endpoint, auto answer) {
+    server.Get(path, faults.wrap(endpoint, [&mutex, find, answer](const httplib::Request& request,
+                                                                  httplib::Response& response) {
+      const std::lock_guard lock(mutex);
+      ServedStream* const stream = find(request);
+      MediaStream* const media = stream ? stream->media(request.matches[2]) : nullptr;
+      if (!media) return refuse(response, "There is no such session, or it has no such media.\n");
+      answer(*stream, *media, request, response);
+    }));
   };
-  add(R"(/streams/(\d+)/(main|preroll)/(low|high|audio)\.m3u8)", answerPlaylist);
-  add(R"(/streams/(\d+)/(main|preroll)/(low|high|audio)-(\d+)\.(?:ts|aac))", answerSegment);
-  add(R"(/streams/(\d+)/(audio)\.m3u8)", answerAudio);
+  add(R"(/streams/(\d+)/(main|preroll)/(low|high|audio)\.m3u8)", Endpoint::manifest,
+      answerPlaylist);
+  add(R"(/streams/(\d+)/(main|preroll)/(low|high|audio)-(\d+)\.(?:ts|aac))", Endpoint::segment,
+      answerSegment);
+  add(R"(/streams/(\d+)/(audio)\.m3u8)", Endpoint::manifest, answerAudio);
 }
 
 }  // namespace xel::serve

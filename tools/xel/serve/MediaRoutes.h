@@ -5,6 +5,7 @@
 
 #include <httplib.h>
 
+#include "serve/FaultInjector.h"
 #include "serve/ServedStream.h"
 
 namespace xel::serve {
@@ -16,6 +17,7 @@ using StreamFinder = std::function<ServedStream*(const httplib::Request&)>;
 /// "/streams/1/main/low.m3u8", their segments beside them, and "/streams/1/audio.m3u8", a playlist
 /// of the sound alone.
 /// @param mutex is held while a stream is looked for and used.
-void addMediaRoutes(httplib::Server& server, std::mutex& mutex, const StreamFinder& find);
+void addMediaRoutes(httplib::Server& server, FaultInjector& faults, std::mutex& mutex,
+                    const StreamFinder& find);
 
 }  // namespace xel::serve

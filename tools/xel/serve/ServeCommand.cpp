@@ -6,9 +6,11 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "xel/platform/StandardRunLoop.h"
 
+#include "common/CommandLine.h"
 #include "common/Progress.h"
 #include "common/SignalWatcher.h"
 #include "serve/AdServer.h"
@@ -17,11 +19,34 @@
 namespace xel {
 namespace {
 
-constexpr auto description =
-    "Serves ad-inserted streams over HTTPS on this machine, as an ad server would.\n\n"
+constexpr auto description = "Serve ad-inserted streams on this machine, as an ad server would";
+
+constexpr auto details =
     "When it is ready it prints one line: its URL, and the file with the certificate to trust.\n"
     "GET /ledger tells every request that was received, GET /documents the stream info\n"
-    "documents as the players last got them.";
+    "documents as the players last got them.\n\n"
+    "Faults:\n"
+    "  ENDPOINT=KIND[:ARGUMENT][@REQUESTS], for init, document, manifest, segment or ping:\n"
+    "  delay:SECONDS            the answer comes later\n"
+    "  hang                     no answer comes\n"
+    "  status:CODE              another status\n"
+    "  reset                    the connection is reset\n"
+    "  truncate[:BYTES]         the body ends early, without BYTES in its middle\n"
+    "  malformed                the body makes no sense\n"
+    "  wrong-type               a web page comes instead\n"
+    "  oversized[:BYTES]        the body is filled up to BYTES, without them to 65 MiB\n"
+    "  redirect-loop            the answer is a redirect to the same place\n"
+    "  slow-drip[:BYTES]        the body comes at BYTES a second, without them at 10\n"
+    "  REQUESTS counts from 1: @2 is the second request alone, @2-4 three of them, @2- all but\n"
+    "  the first. GET /faults tells the faults and how often each struck; PUT /faults takes a\n"
+    "  JSON array of such texts in their place.\n\n"
+    "Examples:\n"
+    "  xel serve --media ~/.cache/xel\n"
+    "  xel serve --fault document=status:500@2-4 --fault ping=delay:2.5\n\n"
+    "Exit status:\n"
+    "  0  ended by SIGINT or SIGTERM\n"
+    "  1  it could not serve\n"
+    "  2  wrong usage";
 
 struct ServeOptions {
   serve::AdServer::Settings server;
@@ -35,6 +60,14 @@ serve::GivenDocument readOption(const std::string& option, const std::string& fi
     return serve::GivenDocument::read(file);
   } catch (const std::runtime_error& error) {
     throw CLI::ValidationError(option, error.what());
+  }
+}
+
+serve::Fault faultFrom(const std::string& text) {
+  try {
+    return serve::Fault::parse(text);
+  } catch (const std::invalid_argument& error) {
+    throw CLI::ValidationError("--fault", error.what());
   }
 }
 
@@ -70,6 +103,7 @@ void runServe(const ServeOptions& options, int& exitStatus) {
 void registerServe(CLI::App& app, int& exitStatus) {
   const auto options = std::make_shared<ServeOptions>();
   CLI::App& command = *app.add_subcommand("serve", description);
+  command.footer(details);
   auto& server = options->server;
   command.add_option("--port", server.port, "Port to listen on; 0 picks a free one")
       ->check(CLI::Range(0, 65535))
@@ -92,6 +126,10 @@ void registerServe(CLI::App& app, int& exitStatus) {
   command.add_option("--answer", options->answerFile,
                      "Answer to every stream request in place of generated ones (JSON file);\n"
                      "\"{session}\" in it stands for the session's URL");
+  addRepeatable(command, "--fault", "FAULT", "Let something go wrong; see \"Faults\" (repeatable)",
+                [&server](const std::vector<std::string>& texts) {
+                  for (const auto& text : texts) server.faults.push_back(faultFrom(text));
+                });
   command.add_flag("--verbose", server.verbose, "Write a line for each request to standard error");
   command.callback([options, &exitStatus] { runServe(*options, exitStatus); });
 }

@@ -63,6 +63,16 @@ const std::string& ServedStream::fetchDocument() {
   return lastDocument_;
 }
 
+void ServedStream::documentSent() {
+  covered_ = fetchedCover_;
+  sentDocument_ = lastDocument_;
+}
+
+void ServedStream::documentLost() {
+  fetchDocument();
+  covered_ = fetchedCover_;
+}
+
 bool ServedStream::isNextSegmentDue() const {
   const bool keepsStep = settings_.kind == StreamKind::live && !settings_.document && !mainMedia_;
   if (!keepsStep || lastDocument_.empty()) return true;

@@ -57,9 +57,11 @@ class ServedStream {
   /// The document as it is now. A live one knows the breaks that start within the next while.
   const std::string& fetchDocument();
   /// Tells that the document fetched last has been sent: its player can know it now.
-  void documentSent() noexcept { covered_ = fetchedCover_; }
-  /// As it was fetched last; empty when it has not been fetched.
-  const std::string& lastDocument() const noexcept { return lastDocument_; }
+  void documentSent();
+  /// Tells that a document was asked for and will not reach the player: the stream goes on without.
+  void documentLost();
+  /// As it was sent last; empty when it has not been sent.
+  const std::string& sentDocument() const noexcept { return sentDocument_; }
 
   /// Whether the next `fetchPlaylist` adds nothing that the document sent last does not know.
   /// A player that never fetches the document is not waited for.
@@ -83,12 +85,14 @@ class ServedStream {
   const PlaylistWriter mainPlaylist_;
   std::optional<MediaStream> mainMedia_;
   std::optional<MediaStream> prerollMedia_;
+  /// As it was fetched last.
   std::string lastDocument_;
+  std::string sentDocument_;
   /// Segments of the live stream that have been published.
   std::size_t published_ = 0;
   /// Seconds of the live stream that `lastDocument_` knows the ads of.
   double fetchedCover_ = 0;
-  /// Seconds of the live stream that the document sent last knows the ads of.
+  /// Seconds of the live stream that the document sent or lost last knows the ads of.
   double covered_ = 0;
 };
 
