@@ -1,6 +1,5 @@
 #include "serve/AdServer.h"
 
-#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <stdexcept>
@@ -35,20 +34,9 @@ constexpr std::chrono::duration<double> longestWait{3 * ServedStream::pollingPer
 /// The place of the request that this thread is answering.
 thread_local std::size_t placeInLedger = 0;
 
-double steadySeconds() {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
 void refuse(httplib::Response& response, int status, const std::string& sentence) {
   response.status = status;
   response.set_content(sentence + "\n", plainText);
-}
-
-std::string replaced(std::string text, const std::string& what, const std::string& with) {
-  for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
-    text.replace(at, what.size(), with);
-  }
-  return text;
 }
 
 }  // namespace
@@ -60,6 +48,7 @@ AdServer::AdServer(Settings settings)
               [this](const Fault& fault, bool isAnswerLost) {
                 ledger_.strike(placeInLedger, fault.text, isAnswerLost);
               }),
+      sessions_(settings_.streams),
       server_(certificate_.x509(), certificate_.key()) {
   certificate_.write(caFile_);
   addRoutes();
@@ -115,7 +104,8 @@ void AdServer::addRoutes() {
     response.set_content(ledger_.json(), json);
   });
   server_.Get("/documents", [this](const Request&, Response& response) {
-    response.set_content(documents(), json);
+    const std::lock_guard lock(mutex_);
+    response.set_content(sessions_.documents(), json);
   });
   server_.set_error_handler([](const Request& request, Response& response) {
     if (!response.body.empty()) return;
@@ -185,24 +175,7 @@ void AdServer::answerStreamRequest(StreamKind kind, const httplib::Request& requ
   if (refusal) return refuse(response, refusal->status, refusal->sentence);
 
   const std::lock_guard lock(mutex_);
-  const std::string number = std::to_string(streams_.size() + 1);
-  ServedStream::Settings stream;
-  stream.kind = kind;
-  stream.preroll =
-      kind == StreamKind::live && request.body.find("&attempt_preroll=true") != std::string::npos;
-  stream.liveDuration = settings_.liveDuration;
-  stream.streamID = "stream-" + number;
-  stream.url = url_ + "/streams/" + number;
-  stream.trackingURL = url_ + "/track/" + number;
-  stream.document = settings_.document;
-  stream.media = settings_.media;
-  stream.now = steadySeconds;
-  streams_.push_back(std::make_unique<ServedStream>(std::move(stream)));
-  const ServedStream& made = *streams_.back();
-  response.set_content(settings_.answer
-                           ? replaced(settings_.answer->text, "{session}", made.settings().url)
-                           : made.answer(),
-                       json);
+  response.set_content(sessions_.open({kind, request.body, placeInLedger}, url_), json);
 }
 
 void AdServer::answerDocument(const httplib::Request& request, httplib::Response& response) {
@@ -248,24 +221,14 @@ void AdServer::answerPing(const httplib::Request&, httplib::Response& response) 
   response.status = 204;
 }
 
-std::string AdServer::documents() {
-  const std::lock_guard lock(mutex_);
-  std::string text;
-  for (const auto& stream : streams_) {
-    const std::string& document = stream->sentDocument();
-    text += text.empty() ? "[" : ",";
-    text += R"({"streamID":")" + stream->settings().streamID + R"(","streamType":")" +
-            (stream->settings().kind == StreamKind::live ? "live" : "on_demand") +
-            R"(","document":)" + (document.empty() ? "null" : document) + "}";
-  }
-  return text.empty() ? "[]" : text + "]";
+ServedStream* AdServer::streamOf(const httplib::Request& request) const {
+  return sessions_.find(request.matches[1]);
 }
 
-ServedStream* AdServer::streamOf(const httplib::Request& request) {
-  const std::string number = request.matches[1];
-  std::size_t place = 0;
-  std::from_chars(number.data(), number.data() + number.size(), place);
-  return place >= 1 && place <= streams_.size() ? streams_[place - 1].get() : nullptr;
+PingVerdict AdServer::checkPings(Expectation expectation) {
+  const std::lock_guard lock(mutex_);
+  const auto ledger = ledger_.entries();
+  return serve::checkPings(sessions_.records(ledger), ledger, expectation);
 }
 
 }  // namespace xel::serve

@@ -1,11 +1,8 @@
 #pragma once
 
 #include <condition_variable>
-#include <cstddef>
 #include <filesystem>
-#include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,9 +12,10 @@
 #include "common/TemporaryFolder.h"
 #include "serve/Certificate.h"
 #include "serve/FaultInjector.h"
-#include "serve/GivenDocument.h"
 #include "serve/Ledger.h"
+#include "serve/PingCheck.h"
 #include "serve/ServedStream.h"
+#include "serve/SessionList.h"
 #include "serve/StreamRequestCheck.h"
 
 namespace xel::serve {
@@ -33,14 +31,7 @@ class AdServer {
     /// 0 picks a free one.
     int port = 0;
     Credentials credentials;
-    /// Seconds; of generated live streams.
-    double liveDuration = 60;
-    /// Served in place of generated ones. In the answer, "{session}" stands for the URL of the
-    /// session, such as "https://localhost:8443/streams/1".
-    std::shared_ptr<const GivenDocument> document;
-    std::optional<GivenDocument> answer;
-    /// The media of the streams; null: playlists alone. Not with `document`.
-    std::shared_ptr<const MediaLibrary> media;
+    StreamSources streams;
     /// What goes wrong from the start.
     std::vector<Fault> faults;
     /// Writes a line to standard error for each request.
@@ -58,6 +49,8 @@ class AdServer {
   const std::string& url() const noexcept { return url_; }
   /// The certificate that clients must trust, as PEM; there for as long as the server is.
   const std::filesystem::path& caFile() const noexcept { return caFile_; }
+  /// Holds the pings received so far against what the documents promise. Threads: any.
+  PingVerdict checkPings(Expectation expectation);
 
  private:
   void addRoutes();
@@ -71,9 +64,8 @@ class AdServer {
   void answerPlaylist(const httplib::Request& request, httplib::Response& response);
   void answerPreroll(const httplib::Request& request, httplib::Response& response);
   void answerPing(const httplib::Request& request, httplib::Response& response);
-  std::string documents();
   /// The stream that the path names; null when there is none. Call with `mutex_` held.
-  ServedStream* streamOf(const httplib::Request& request);
+  ServedStream* streamOf(const httplib::Request& request) const;
 
   const Settings settings_;
   const TemporaryFolder folder_;
@@ -83,9 +75,9 @@ class AdServer {
   Ledger ledger_;
   FaultInjector faults_;
   std::mutex mutex_;
-  std::condition_variable documentAnswered_;            ///< Or the server is stopping.
-  std::vector<std::unique_ptr<ServedStream>> streams_;  ///< Guarded by mutex_.
-  bool stopping_ = false;                               ///< Guarded by mutex_.
+  std::condition_variable documentAnswered_;  ///< Or the server is stopping.
+  SessionList sessions_;                      ///< Guarded by mutex_.
+  bool stopping_ = false;                     ///< Guarded by mutex_.
   httplib::SSLServer server_;
   std::thread thread_;
 };

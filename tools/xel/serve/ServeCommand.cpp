@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -40,12 +41,18 @@ constexpr auto details =
     "  REQUESTS counts from 1: @2 is the second request alone, @2-4 three of them, @2- all but\n"
     "  the first. GET /faults tells the faults and how often each struck; PUT /faults takes a\n"
     "  JSON array of such texts in their place.\n\n"
+    "Check:\n"
+    "  With --assert, the end of the server prints a line for each session and one for each ping\n"
+    "  that is missing, came twice, came out of order or has an unknown URL:\n"
+    "  complete   each ad of each session has been played from start to end\n"
+    "  started    each ad that has started has been played to its end\n\n"
     "Examples:\n"
     "  xel serve --media ~/.cache/xel\n"
-    "  xel serve --fault document=status:500@2-4 --fault ping=delay:2.5\n\n"
+    "  xel serve --fault document=status:500@2-4 --fault ping=delay:2.5\n"
+    "  xel serve --assert complete\n\n"
     "Exit status:\n"
-    "  0  ended by SIGINT or SIGTERM\n"
-    "  1  it could not serve\n"
+    "  0  ended by SIGINT or SIGTERM, without a difference for --assert\n"
+    "  1  it could not serve, or --assert found a difference\n"
     "  2  wrong usage";
 
 struct ServeOptions {
@@ -53,7 +60,20 @@ struct ServeOptions {
   std::string documentFile;
   std::string answerFile;
   std::string mediaFolder;
+  std::optional<serve::Expectation> expectation;
 };
+
+int judge(serve::AdServer& server, serve::Expectation expectation) {
+  const auto verdict = server.checkPings(expectation);
+  for (const auto& line : verdict.sessions) std::printf("%s\n", line.c_str());
+  for (const auto& line : verdict.differences) std::printf("%s\n", line.c_str());
+  const auto count = verdict.differences.size();
+  std::printf(count == 0   ? "no difference\n"
+              : count == 1 ? "1 difference\n"
+                           : "%zu differences\n",
+              count);
+  return count == 0 ? 0 : 1;
+}
 
 serve::GivenDocument readOption(const std::string& option, const std::string& file) {
   try {
@@ -71,17 +91,24 @@ serve::Fault faultFrom(const std::string& text) {
   }
 }
 
+serve::Expectation expectationFrom(const std::string& text) {
+  if (text == "complete") return serve::Expectation::complete;
+  if (text == "started") return serve::Expectation::started;
+  refuse("--assert", text, "an expectation; there are complete and started");
+}
+
 void runServe(const ServeOptions& options, int& exitStatus) {
   auto settings = options.server;
   if (!options.documentFile.empty()) {
-    settings.document = std::make_shared<const serve::GivenDocument>(
+    settings.streams.document = std::make_shared<const serve::GivenDocument>(
         readOption("--document", options.documentFile));
   }
-  if (!options.answerFile.empty()) settings.answer = readOption("--answer", options.answerFile);
+  if (!options.answerFile.empty())
+    settings.streams.answer = readOption("--answer", options.answerFile);
   if (!options.mediaFolder.empty()) {
     try {
       Progress progress("making media");
-      settings.media = std::make_shared<const serve::MediaLibrary>(
+      settings.streams.media = std::make_shared<const serve::MediaLibrary>(
           options.mediaFolder,
           [&progress](std::size_t done, std::size_t total) { progress.show(done, total); });
     } catch (const std::runtime_error& error) {
@@ -91,11 +118,11 @@ void runServe(const ServeOptions& options, int& exitStatus) {
 
   const auto loop = std::make_shared<StandardRunLoop>();
   const SignalWatcher signals(loop, {SIGINT, SIGTERM}, [&loop](int) { loop->stop(); });
-  const serve::AdServer server(std::move(settings));
+  serve::AdServer server(std::move(settings));
   std::printf("%s %s\n", server.url().c_str(), server.caFile().c_str());
   std::fflush(stdout);
   loop->run();
-  exitStatus = 0;
+  exitStatus = options.expectation ? judge(server, *options.expectation) : 0;
 }
 
 }  // namespace
@@ -111,7 +138,8 @@ void registerServe(CLI::App& app, int& exitStatus) {
   command.add_option("--api-key", server.credentials.apiKey, "Demand this API key");
   command.add_option("--auth-token", server.credentials.authToken, "Demand this token");
   command
-      .add_option("--live-duration", server.liveDuration, "Seconds after which a live stream ends")
+      .add_option("--live-duration", server.streams.liveDuration,
+                  "Seconds after which a live stream ends")
       ->check(CLI::Range(1.0, 86400.0))
       ->default_val(60);
   auto* const document =
@@ -129,6 +157,18 @@ void registerServe(CLI::App& app, int& exitStatus) {
   addRepeatable(command, "--fault", "FAULT", "Let something go wrong; see \"Faults\" (repeatable)",
                 [&server](const std::vector<std::string>& texts) {
                   for (const auto& text : texts) server.faults.push_back(faultFrom(text));
+                });
+  addText(command, "--assert", "complete|started",
+          "In the end, compare the pings with what the documents promise; see \"Check\"",
+          [options](const std::string& text) { options->expectation = expectationFrom(text); });
+  addRepeatable(command, "--ad-domain", "DOMAIN",
+                "A domain whose tracking URLs the players take for measurement URLs (give two)",
+                [&server](const std::vector<std::string>& domains) {
+                  if (domains.size() != 2) {
+                    throw CLI::ValidationError("--ad-domain",
+                                               "give it exactly twice, or not at all");
+                  }
+                  server.streams.measurementDomains = {domains[0], domains[1]};
                 });
   command.add_flag("--verbose", server.verbose, "Write a line for each request to standard error");
   command.callback([options, &exitStatus] { runServe(*options, exitStatus); });

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "xel/platform/Platform.h"
 #include "xel/simulation/StreamInitAnswerBuilder.h"
 #include "xel/simulation/VastBuilder.h"
+
+#include "serve/Placeholder.h"
 
 namespace xel::serve {
 namespace {
@@ -59,7 +60,9 @@ const std::string& ServedStream::fetchDocument() {
                                       : static_cast<double>(std::max(published_, firstSegments)) *
                                             PlaylistWriter::segmentSeconds;
   fetchedCover_ = published + documentLead;
-  lastDocument_ = settings_.document ? settings_.document->text : builder().build();
+  lastDocument_ = settings_.document
+                      ? filledIn(settings_.document->text, "{tracking}", settings_.trackingURL)
+                      : builder().build();
   return lastDocument_;
 }
 
@@ -114,7 +117,7 @@ simulation::StreamInfoBuilder ServedStream::builder() const {
 
 void ServedStream::addBreak(const PlannedBreak& planned,
                             simulation::StreamInfoBuilder& builder) const {
-  const auto& domains = Services().measurementDomains;
+  const auto& domains = settings_.measurementDomains;
   builder.addBreak(planned.key, planned.start);
   for (std::size_t i = 0; i < planned.adDurations.size(); ++i) {
     const std::string key = adKey(planned, i);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -37,7 +38,9 @@ class ServedStream {
     std::string url;
     /// Where its pings go, such as "https://localhost:8443/track/1".
     std::string trackingURL;
-    /// The stream info document, if it is not to be generated.
+    std::array<std::string, 2> measurementDomains;
+    /// The stream info document, if it is not to be generated; "{tracking}" in it stands for
+    /// `trackingURL`.
     std::shared_ptr<const GivenDocument> document;
     /// The media to stream; null: playlists alone.
     std::shared_ptr<const MediaLibrary> media;
