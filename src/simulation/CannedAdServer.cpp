@@ -33,6 +33,8 @@ void CannedAdServer::hang(std::string url) {
   fail(std::move(url), TransferError::timedOut, std::numeric_limits<double>::infinity());
 }
 
+void CannedAdServer::forget(const std::string& url) { scripts_.erase(url); }
+
 void CannedAdServer::answerOtherDocuments(CannedAnswer answer) {
   otherDocuments_ = std::move(answer);
 }

@@ -9,6 +9,7 @@
 #include "common/PrintableText.h"
 #include "play/PlayCommand.h"
 #include "serve/ServeCommand.h"
+#include "simulate/SimulateCommand.h"
 
 namespace {
 
@@ -51,6 +52,7 @@ int run(int argc, char** argv) {
 
   int exitStatus = 0;
   xel::registerPlay(app, exitStatus);
+  xel::registerSimulate(app, exitStatus);
   xel::registerServe(app, exitStatus);
   try {
     app.parse(argc, argv);

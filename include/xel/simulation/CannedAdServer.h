@@ -43,6 +43,8 @@ class XEL_EXPORT CannedAdServer final : public HTTPClient {
   void fail(std::string url, TransferError error, double delay = 0);
   /// No answer ever comes: the transfer fails when its time-out has run out.
   void hang(std::string url);
+  /// Takes back what was set for the URL; requests under way keep what they have.
+  void forget(const std::string& url);
 
   /// For documents that are not listed; 404 until set.
   void answerOtherDocuments(CannedAnswer answer);

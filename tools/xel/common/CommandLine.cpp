@@ -32,4 +32,16 @@ CLI::Option* addRepeatable(CLI::App& command, const std::string& name, const std
       ->type_name(valueName);
 }
 
+void addMeasurementDomains(CLI::App& command, std::array<std::string, 2>& domains) {
+  addRepeatable(command, "--ad-domain", "DOMAIN",
+                "A domain whose tracking URLs may be measurement URLs (give two)",
+                [&domains](const std::vector<std::string>& given) {
+                  if (given.size() != 2 || given[0].empty() || given[1].empty()) {
+                    throw CLI::ValidationError("--ad-domain",
+                                               "give it exactly twice, or not at all");
+                  }
+                  domains = {given[0], given[1]};
+                });
+}
+
 }  // namespace xel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -29,5 +30,8 @@ CLI::Option* addText(CLI::App& command, const std::string& name, const std::stri
 CLI::Option* addRepeatable(CLI::App& command, const std::string& name, const std::string& valueName,
                            const std::string& description,
                            const std::function<void(const std::vector<std::string>&)>& take);
+
+/// The option --ad-domain, for the domains of measurement URLs.
+void addMeasurementDomains(CLI::App& command, std::array<std::string, 2>& domains);
 
 }  // namespace xel

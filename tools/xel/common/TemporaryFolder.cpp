@@ -6,7 +6,7 @@
 
 #include <stdlib.h>
 
-namespace xel::serve {
+namespace xel {
 
 TemporaryFolder::TemporaryFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "xel-serve-XXXXXX").string();
@@ -21,4 +21,4 @@ TemporaryFolder::~TemporaryFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
-}  // namespace xel::serve
+}  // namespace xel

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-namespace xel::serve {
+namespace xel {
 
 /// A fresh folder that only this user can read; removed, with what is in it, at the end.
 class TemporaryFolder {
@@ -19,4 +19,4 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace xel::serve
+}  // namespace xel

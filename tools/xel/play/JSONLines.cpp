@@ -54,11 +54,15 @@ struct AddFields {
 
 }  // namespace
 
+void addMembers(JSONWriter& line, const PlayEvent& event) {
+  line.member("event", std::visit([](const auto& any) { return any.name; }, event));
+  std::visit(AddFields{line}, event);
+}
+
 std::string toJSON(double time, const PlayEvent& event) {
   JSONWriter line;
   line.beginObject().member("t", time);
-  line.member("event", std::visit([](const auto& any) { return any.name; }, event));
-  std::visit(AddFields{line}, event);
+  addMembers(line, event);
   return line.endObject().text();
 }
 

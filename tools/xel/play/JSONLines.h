@@ -3,9 +3,14 @@
 #include <cstdio>
 #include <string>
 
+#include "xel/simulation/JSONWriter.h"
+
 #include "play/PlayView.h"
 
 namespace xel {
+
+/// Adds the event's name, under "event", and what it carries.
+void addMembers(simulation::JSONWriter& line, const PlayEvent& event);
 
 /// The event as one JSON object, without a line end. Numbers read back exactly; what is not a
 /// number in JSON is null, and bytes that are not UTF-8 become U+FFFD.
