@@ -13,4 +13,5 @@
 #include "xel/simulation/StreamInitAnswerBuilder.h"
 #include "xel/simulation/TraceReader.h"
 #include "xel/simulation/TraceRecorder.h"
+#include "xel/simulation/TraceReplay.h"
 #include "xel/simulation/VastBuilder.h"

@@ -22,6 +22,7 @@
 #include "xel/platform/StandardRunLoop.h"
 #include "xel/session/XELLiveStreamRequest.h"
 #include "xel/session/XELVODStreamRequest.h"
+#include "xel/simulation/TraceRecorder.h"
 
 #include "common/CommandLine.h"
 #include "common/SignalWatcher.h"
@@ -32,6 +33,7 @@
 #include "play/PlaySession.h"
 #include "play/PlayerOptions.h"
 #include "play/TerminalView.h"
+#include "play/TraceFile.h"
 
 namespace xel {
 namespace {
@@ -57,6 +59,8 @@ struct PlayOptions {
   std::map<std::string, std::string> adTags;
   std::vector<double> conversions;
   bool json = false;
+  std::string recordFile;
+  bool redactURLs = false;
 
   void applyTo(XELStreamRequest& request) const {
     request.setApiKey(apiKey);
@@ -121,15 +125,7 @@ void addServerOptions(CLI::App& command, PlayOptions& options) {
             }
             platform.caFile = text;
           });
-  addRepeatable(command, "--ad-domain", "DOMAIN",
-                "A domain whose tracking URLs may be measurement URLs (give two)",
-                [&platform](const std::vector<std::string>& domains) {
-                  if (domains.size() != 2 || domains[0].empty() || domains[1].empty()) {
-                    throw CLI::ValidationError("--ad-domain",
-                                               "give it exactly twice, or not at all");
-                  }
-                  platform.services.measurementDomains = {domains[0], domains[1]};
-                });
+  addMeasurementDomains(command, platform.services.measurementDomains);
 }
 
 void addRequestOptions(CLI::App& command, PlayOptions& options) {
@@ -169,6 +165,17 @@ void addOutputOptions(CLI::App& command, PlayOptions& options) {
                   }
                 });
   command.add_flag("--json", options.json, "One JSON object a line on standard output");
+  auto* const record =
+      command
+          .add_option(
+              "--record", options.recordFile,
+              "Record the session in a trace, for xel replay and xel report; keys, tokens and\n"
+              "identifiers of the viewer are replaced")
+          ->type_name("FILE");
+  command
+      .add_flag("--redact-urls", options.redactURLs,
+                "Replace the query values of all URLs in the trace too")
+      ->needs(record);
 }
 
 bool isOnTerminal() {
@@ -209,6 +216,16 @@ void stopProcess() {
   pthread_sigmask(SIG_BLOCK, &stop, nullptr);
 }
 
+/// Null where the session is not to be recorded.
+std::shared_ptr<simulation::TraceRecorder> makeRecorder(const PlayOptions& options) {
+  if (options.recordFile.empty()) return nullptr;
+  return std::make_shared<simulation::TraceRecorder>(
+      [file = std::make_shared<TraceFile>(options.recordFile)](std::string_view line) {
+        file->write(line);
+      },
+      simulation::TraceRecorder::Options{.redactURLs = options.redactURLs});
+}
+
 double steadySeconds() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
@@ -243,6 +260,8 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
   const auto http = std::make_shared<ObservingHTTPClient>(platform.http, session, steadySeconds);
   platform.http = http;
   platform.log = view->log();
+  const auto recorder = makeRecorder(options);
+  if (recorder) platform = recorder->record(std::move(platform));
   const ScopedPlatform scope(std::move(platform));
 
   const auto player =
@@ -251,7 +270,7 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
   if (!options.json && isOnTerminal() && isatty(STDIN_FILENO) != 0) {
     keys.emplace(STDIN_FILENO, runLoop, [session](Key key) { handleKey(*session, key); });
   }
-  session->start(player, options.player.playback, http, request);
+  session->start(player, options.player.playback, http, request, recorder);
   runLoop->run();
   return session->exitStatus();
 }

@@ -15,17 +15,30 @@ PlaySession::PlaySession(std::shared_ptr<PlayView> view, std::vector<double> con
 
 void PlaySession::start(std::shared_ptr<StreamPlayer> player, PlaybackSettings settings,
                         std::shared_ptr<ObservingHTTPClient> http,
-                        std::shared_ptr<XELStreamRequest> request) {
+                        std::shared_ptr<XELStreamRequest> request,
+                        std::shared_ptr<simulation::TraceRecorder> recorder) {
   playback_ = Playback::make(std::move(player), std::move(settings),
                              std::shared_ptr<PlaybackObserver>(shared_from_this(), this));
   http_ = std::move(http);
-  manager_ = XELStreamManager::initWithVideoDisplay(playback_->display());
-  manager_->setDelegate(weak_from_this());
+  recorder_ = std::move(recorder);
+  const auto display = playback_->display();
+  const std::weak_ptr<XELStreamManagerDelegate> delegate = weak_from_this();
+  manager_ =
+      XELStreamManager::initWithVideoDisplay(recorder_ ? recorder_->record(display) : display);
+  manager_->setDelegate(recorder_ ? recorder_->record(delegate) : delegate);
+  if (recorder_) recorder_->begin(request);
   manager_->requestStream(std::move(request));
 }
 
 void PlaySession::togglePause() {
   playback_->togglePause();
+  if (recorder_ && manager_) {
+    if (playback_->progress().isPaused) {
+      recorder_->notePause();
+    } else {
+      recorder_->noteResume();
+    }
+  }
   showProgress();
   view_->redraw();
 }
@@ -39,19 +52,29 @@ void PlaySession::seekBy(double seconds) {
 void PlaySession::abandon(int exitStatus) {
   if (!whenOver_) return;
   exitStatus_ = exitStatus;
-  manager_ = nullptr;
-  std::exchange(whenOver_, nullptr)();
+  letGoOfManager();
+  finish();
 }
 
 void PlaySession::endAfterPings(int exitStatus) {
   if (!exitStatus_) exitStatus_ = exitStatus;
-  manager_ = nullptr;
+  letGoOfManager();
   endIfPingsAreAnswered();
 }
 
 void PlaySession::endIfPingsAreAnswered() {
   if (!exitStatus_ || http_->outstandingPings() > 0) return;
-  if (whenOver_) std::exchange(whenOver_, nullptr)();
+  if (whenOver_) finish();
+}
+
+void PlaySession::letGoOfManager() {
+  if (recorder_ && manager_) recorder_->noteRelease();
+  manager_ = nullptr;
+}
+
+void PlaySession::finish() {
+  if (recorder_) recorder_->noteEnd(exitStatus());
+  std::exchange(whenOver_, nullptr)();
 }
 
 void PlaySession::show(const PlayEvent& event) {
@@ -142,11 +165,15 @@ void PlaySession::playbackWillLoad(const std::string& url,
   view_->show(0, StreamLoaded{url, subtitles});
 }
 
-void PlaySession::playbackWillSeek(double to) { show(SeekStarted{to}); }
+void PlaySession::playbackWillSeek(double to) {
+  if (recorder_) recorder_->noteSeek(to);
+  show(SeekStarted{to});
+}
 
 void PlaySession::playbackDidTick() { showProgress(); }
 
 void PlaySession::playbackDidMiss(std::uint64_t segments) {
+  if (recorder_) recorder_->noteMissed(segments);
   Platform::current().log->line("The player missed " + std::to_string(segments) +
                                 " segments that went out of the playlist");
 }

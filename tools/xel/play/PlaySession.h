@@ -9,6 +9,7 @@
 #include "xel/session/XELStreamManager.h"
 #include "xel/session/XELStreamManagerDelegate.h"
 #include "xel/session/XELStreamRequest.h"
+#include "xel/simulation/TraceRecorder.h"
 
 #include "play/ObservingHTTPClient.h"
 #include "play/PlayView.h"
@@ -31,8 +32,10 @@ class PlaySession final : public XELStreamManagerDelegate,
   PlaySession(std::shared_ptr<PlayView> view, std::vector<double> conversions,
               std::function<void()> whenOver);
 
+  /// @param recorder null where the session is not recorded.
   void start(std::shared_ptr<StreamPlayer> player, PlaybackSettings settings,
-             std::shared_ptr<ObservingHTTPClient> http, std::shared_ptr<XELStreamRequest> request);
+             std::shared_ptr<ObservingHTTPClient> http, std::shared_ptr<XELStreamRequest> request,
+             std::shared_ptr<simulation::TraceRecorder> recorder = nullptr);
   void togglePause();
   /// @param seconds from where the playhead is, forward or, where negative, back.
   void seekBy(double seconds);
@@ -85,12 +88,15 @@ class PlaySession final : public XELStreamManagerDelegate,
   void convertTimes(const XELStreamManager& manager);
   void endAfterPings(int exitStatus);
   void endIfPingsAreAnswered();
+  void letGoOfManager();
+  void finish();
 
   const std::shared_ptr<PlayView> view_;
   std::vector<double> conversions_;
   std::function<void()> whenOver_;
   std::shared_ptr<Playback> playback_;
   std::shared_ptr<ObservingHTTPClient> http_;
+  std::shared_ptr<simulation::TraceRecorder> recorder_;
   std::shared_ptr<XELStreamManager> manager_;
   bool isInitialized_ = false;
   bool hasLoaded_ = false;
