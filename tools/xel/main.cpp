@@ -8,6 +8,7 @@
 
 #include "common/PrintableText.h"
 #include "play/PlayCommand.h"
+#include "replay/ReplayCommand.h"
 #include "serve/ServeCommand.h"
 #include "simulate/SimulateCommand.h"
 
@@ -52,6 +53,7 @@ int run(int argc, char** argv) {
 
   int exitStatus = 0;
   xel::registerPlay(app, exitStatus);
+  xel::registerReplay(app, exitStatus);
   xel::registerSimulate(app, exitStatus);
   xel::registerServe(app, exitStatus);
   try {
