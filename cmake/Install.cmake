@@ -27,6 +27,13 @@ endif()
 if(XEL_BUILD_TOOL)
   set_target_properties(xel_tool PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS xel_tool RUNTIME COMPONENT tool)
+  if(TARGET xel_manual)
+    get_target_property(xel_manual_folder xel_manual FOLDER_OF_PAGES)
+    install(DIRECTORY "${xel_manual_folder}/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}"
+            COMPONENT tool)
+    install(DIRECTORY "${xel_manual_folder}/bash-completion/"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tool)
+  endif()
 endif()
 
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/xelConfig.cmake.in"

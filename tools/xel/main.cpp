@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -7,6 +8,9 @@
 #include "xel/platform/Environment.h"
 
 #include "common/PrintableText.h"
+#include "manual/HelpFormatter.h"
+#include "manual/ManualCommand.h"
+#include "manual/OptionText.h"
 #include "play/PlayCommand.h"
 #include "replay/ReplayCommand.h"
 #include "serve/ServeCommand.h"
@@ -15,6 +19,16 @@
 namespace {
 
 constexpr int wrongUsage = 2;
+
+constexpr auto examplesAndExitStatuses =
+    "Examples:\n"
+    "  xel serve\n"
+    "  xel play live --asset-key news --server localhost:8443 --ca-file ca.pem\n"
+    "  xel play --help\n\n"
+    "Exit status:\n"
+    "  0  all is well\n"
+    "  1  something was found, or failed\n"
+    "  2  wrong usage";
 
 /// The command as far as it was understood, such as "xel play vod".
 std::string commandText(const CLI::App& app) {
@@ -27,7 +41,7 @@ std::string commandText(const CLI::App& app) {
 std::string missingCommand(const CLI::App& app) {
   for (const auto* command : app.get_subcommands()) return missingCommand(*command);
   std::string names;
-  for (const auto* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+  for (const auto* command : xel::manual::commandsOf(app)) {
     names += (names.empty() ? "" : " or ") + command->get_name();
   }
   return names;
@@ -49,6 +63,8 @@ std::string usageText(const CLI::App& app, const CLI::ParseError& error) {
 int run(int argc, char** argv) {
   CLI::App app("Plays ad-inserted streams, and serves some to play.", "xel");
   app.require_subcommand(1);
+  app.formatter(std::make_shared<xel::manual::HelpFormatter>());
+  app.footer(examplesAndExitStatuses);
   app.set_version_flag("--version", xel::makeLinuxEnvironment({})->libraryVersion().value_or(""));
 
   int exitStatus = 0;
@@ -56,6 +72,7 @@ int run(int argc, char** argv) {
   xel::registerReplay(app, exitStatus);
   xel::registerSimulate(app, exitStatus);
   xel::registerServe(app, exitStatus);
+  xel::registerManual(app, exitStatus);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -133,6 +133,7 @@ void registerServe(CLI::App& app, int& exitStatus) {
   command.footer(details);
   auto& server = options->server;
   command.add_option("--port", server.port, "Port to listen on; 0 picks a free one")
+      ->type_name("PORT")
       ->check(CLI::Range(0, 65535))
       ->default_val(8443);
   command.add_option("--api-key", server.credentials.apiKey, "Demand this API key");
@@ -140,20 +141,26 @@ void registerServe(CLI::App& app, int& exitStatus) {
   command
       .add_option("--live-duration", server.streams.liveDuration,
                   "Seconds after which a live stream ends")
+      ->type_name("SECONDS")
       ->check(CLI::Range(1.0, 86400.0))
       ->default_val(60);
   auto* const document =
-      command.add_option("--document", options->documentFile,
-                         "Stream info document to serve in place of generated ones (JSON file)");
+      command
+          .add_option("--document", options->documentFile,
+                      "Stream info document to serve in place of generated ones (JSON);\n"
+                      "\"{tracking}\" in it stands for where the session's pings go")
+          ->type_name("FILE");
   command
       .add_option("--media", options->mediaFolder,
                   "Stream real media, which ffmpeg makes in this folder when it has none;\n"
                   "without it, playlists alone are served, for players without pictures")
       ->type_name("DIR")
       ->excludes(document);
-  command.add_option("--answer", options->answerFile,
-                     "Answer to every stream request in place of generated ones (JSON file);\n"
-                     "\"{session}\" in it stands for the session's URL");
+  command
+      .add_option("--answer", options->answerFile,
+                  "Answer to every stream request in place of generated ones (JSON);\n"
+                  "\"{session}\" in it stands for the session's URL")
+      ->type_name("FILE");
   addRepeatable(command, "--fault", "FAULT", "Let something go wrong; see \"Faults\" (repeatable)",
                 [&server](const std::vector<std::string>& texts) {
                   for (const auto& text : texts) server.faults.push_back(faultFrom(text));
