@@ -19,31 +19,40 @@ struct Unit {
   bool isPercent = false;
 };
 
-std::size_t escapeLength(std::string_view text) {
-  if (text[0] == '%') return 3;
-  if (text[0] == '&') return std::min(text.find(';'), text.size() - 1) + 1;
-  return text.starts_with("\\u") ? 6 : 2;
+bool isHexadecimal(std::string_view text) {
+  return text.size() == 2 && std::isxdigit(static_cast<unsigned char>(text[0])) != 0 &&
+         std::isxdigit(static_cast<unsigned char>(text[1])) != 0;
+}
+
+/// "%2F", also escaped again and again: "%252F".
+Unit percentUnit(std::string_view text) {
+  std::size_t at = 1;
+  while (text.substr(at, 2) == "25" && isHexadecimal(text.substr(at + 2, 2))) at += 2;
+  const auto decoded = DecodedText::fromPercent("%" + std::string(text.substr(at, 2)));
+  if (!decoded.hasEscapes()) return {'%', 1, false};
+  return {decoded.text()[0], at + 2, true};
+}
+
+Unit escapeUnit(std::string_view escape, DecodedText (*decode)(std::string_view)) {
+  const auto decoded = decode(escape);
+  const auto [begin, end] = decoded.source({0, 1});
+  if (!decoded.hasEscapes() || end != escape.size()) return {escape[begin], 1, false};
+  // Beyond ASCII it is a letter like any other.
+  return {decoded.text().size() == 1 ? decoded.text()[0] : '\x80', escape.size(), false};
 }
 
 Unit unitAt(std::string_view text, std::size_t at) {
-  const auto rest = text.substr(at, 12);
+  const auto rest = text.substr(std::min(at, text.size()), 16);
   if (rest.empty()) return {};
-  const auto read = [&](DecodedText (*decode)(std::string_view)) -> Unit {
-    const auto escape = rest.substr(0, escapeLength(rest));
-    const auto decoded = decode(escape);
-    if (!decoded.hasEscapes()) return {rest[0], 1, false};
-    // Beyond ASCII it is a letter like any other.
-    const char character = decoded.text().size() == 1 ? decoded.text()[0] : '\x80';
-    return {character, escape.size(), rest[0] == '%'};
-  };
-  Unit unit = {rest[0], 1, false};
-  if (rest[0] == '\\') unit = read(DecodedText::fromJSON);
-  if (rest[0] == '%') unit = read(DecodedText::fromPercent);
-  if (rest[0] == '&') unit = read(DecodedText::fromXML);
-  // XML within JSON.
-  if (rest[0] == '\\' && unit.character == '&' && rest.substr(unit.length).starts_with("amp;")) {
-    unit.length += 4;
+  if (rest[0] == '%') return percentUnit(rest);
+  if (rest[0] == '&') {
+    const auto end = std::min(rest.find(';'), rest.size() - 1);
+    return escapeUnit(rest.substr(0, end + 1), DecodedText::fromXML);
   }
+  if (rest[0] != '\\') return {rest[0], 1, false};
+  auto unit = escapeUnit(rest.substr(0, rest.starts_with("\\u") ? 6 : 2), DecodedText::fromJSON);
+  // XML within JSON.
+  if (unit.character == '&' && rest.substr(unit.length).starts_with("amp;")) unit.length += 4;
   return unit;
 }
 
