@@ -12,6 +12,7 @@
 #include "manual/ManualCommand.h"
 #include "manual/OptionText.h"
 #include "play/PlayCommand.h"
+#include "report/ReportCommand.h"
 #include "replay/ReplayCommand.h"
 #include "serve/ServeCommand.h"
 #include "simulate/SimulateCommand.h"
@@ -71,6 +72,7 @@ int run(int argc, char** argv) {
   xel::registerPlay(app, exitStatus);
   xel::registerReplay(app, exitStatus);
   xel::registerSimulate(app, exitStatus);
+  xel::registerReport(app, exitStatus);
   xel::registerServe(app, exitStatus);
   xel::registerManual(app, exitStatus);
   try {
