@@ -8,12 +8,13 @@
 #include "xel/platform/Environment.h"
 
 #include "common/PrintableText.h"
+#include "inspect/InspectCommand.h"
 #include "manual/HelpFormatter.h"
 #include "manual/ManualCommand.h"
 #include "manual/OptionText.h"
 #include "play/PlayCommand.h"
-#include "report/ReportCommand.h"
 #include "replay/ReplayCommand.h"
+#include "report/ReportCommand.h"
 #include "serve/ServeCommand.h"
 #include "simulate/SimulateCommand.h"
 
@@ -71,6 +72,7 @@ int run(int argc, char** argv) {
   int exitStatus = 0;
   xel::registerPlay(app, exitStatus);
   xel::registerReplay(app, exitStatus);
+  xel::registerInspect(app, exitStatus);
   xel::registerSimulate(app, exitStatus);
   xel::registerReport(app, exitStatus);
   xel::registerServe(app, exitStatus);

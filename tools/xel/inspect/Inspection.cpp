@@ -111,6 +111,22 @@ bool isVast(std::string_view text) {
 
 }  // namespace
 
+Inspection::Counts Inspection::counts() const {
+  Counts counts;
+  for (const auto& finding : findings) {
+    ++(finding.severity == Severity::error     ? counts.errors
+       : finding.severity == Severity::warning ? counts.warnings
+                                               : counts.notes);
+  }
+  for (const auto& part : parts) {
+    const auto more = part.inspection.counts();
+    counts.errors += more.errors;
+    counts.warnings += more.warnings;
+    counts.notes += more.notes;
+  }
+  return counts;
+}
+
 Inspection inspect(std::string_view text, const ClientFacts& facts) {
   constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());

@@ -16,6 +16,11 @@ enum class DocumentKind { answer, streamInfo, vast, trace };
 struct Inspection {
   /// A document that came within a trace.
   struct Part;
+  struct Counts {
+    std::size_t errors = 0;
+    std::size_t warnings = 0;
+    std::size_t notes = 0;
+  };
 
   DocumentKind kind = DocumentKind::streamInfo;
   ClientView view;
@@ -23,6 +28,9 @@ struct Inspection {
   std::vector<Finding> findings;
   /// Of a trace: its documents, each once, in the order in which they came.
   std::vector<Part> parts;
+
+  /// Of its findings and those of its parts.
+  Counts counts() const;
 };
 
 struct Inspection::Part {
