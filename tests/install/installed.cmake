@@ -1,5 +1,5 @@
 # What this build installs, moved to where nobody expected it, is found through the CMake package
-# and through pkg-config, and exports what it should and nothing else.
+# and through pkg-config, exports what it should and nothing else, and has the tool's manual.
 include("${CMAKE_CURRENT_LIST_DIR}/steps.cmake")
 
 file(REMOVE_RECURSE "${WORK_DIR}")
@@ -11,6 +11,11 @@ build_consumer("${WORK_DIR}/build" "-DCMAKE_PREFIX_PATH=${prefix}")
 build_consumer_with_pkg_config("${prefix}")
 if(EXISTS "${prefix}/bin/xel")
   run("${prefix}/bin/xel" --help)
+  foreach(file man/man1/xel.1 man/man1/xel-play.1 bash-completion/completions/xel)
+    if(NOT EXISTS "${prefix}/share/${file}")
+      message(FATAL_ERROR "share/${file} is not installed")
+    endif()
+  endforeach()
 endif()
 
 foreach(library xel xel-simulation xel-gstreamer)

@@ -219,7 +219,9 @@ ManualPage pageOf(const CLI::App& program, const CLI::App& command, const std::s
   const auto start = firstSection(footer);
   page.text += ".SH DESCRIPTION\n";
   ProseWriter prose(page.text);
-  prose.write(command.get_description() + ".\n\n" + footer.substr(0, start));
+  const auto description = command.get_description();
+  prose.write(description + (description.ends_with('.') ? "\n\n" : ".\n\n") +
+              footer.substr(0, start));
   writeCommands(commandsOf(command), false, page.text);
   writeOptions(command, path, page.text);
   prose.write(footer.substr(start));

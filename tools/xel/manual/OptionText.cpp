@@ -62,7 +62,7 @@ OptionText::OptionText(const CLI::Option& option)
   const auto name = typeName.substr(0, colon);
   const auto check = colon == std::string::npos ? "" : typeName.substr(colon + 1);
   const bool takesValue = option.get_items_expected_max() != 0;
-  if (takesValue && !isPositional) valueName = name;
+  if (takesValue && !isPositional) valueName = name == "TEXT" && check == "FILE" ? check : name;
   const auto isAny = [&](auto... kinds) { return ((name == kinds || check == kinds) || ...); };
   if (check.starts_with('{')) {
     choices = wordsIn(check.substr(1, check.find('}') - 1), ',');

@@ -1,5 +1,3 @@
-#include "play/PlayCommand.h"
-
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -30,6 +28,7 @@
 #include "play/KeyReader.h"
 #include "play/ObservingHTTPClient.h"
 #include "play/PlainView.h"
+#include "play/PlayCommand.h"
 #include "play/PlaySession.h"
 #include "play/PlayerOptions.h"
 #include "play/TerminalView.h"
@@ -38,7 +37,11 @@
 namespace xel {
 namespace {
 
-constexpr auto keysAndExitStatuses =
+constexpr auto details =
+    "Examples:\n"
+    "  xel play live --asset-key news --server localhost:8443 --ca-file ca.pem --window\n"
+    "  xel play vod --content-source-id shows --video-id 1 --server localhost:8443 \\\n"
+    "      --ca-file ca.pem --player clock --speed max --json\n\n"
     "Keys on a terminal:\n"
     "  q quits, space pauses and resumes, left and right seek by 10 s, down and up by 60 s\n\n"
     "Exit status:\n"
@@ -280,7 +283,7 @@ void addCommonOptions(CLI::App& command, PlayOptions& options) {
   addRequestOptions(command, options);
   addPlayerOptions(command, options.player);
   addOutputOptions(command, options);
-  command.footer(keysAndExitStatuses);
+  command.footer(details);
 }
 
 }  // namespace
@@ -288,7 +291,7 @@ void addCommonOptions(CLI::App& command, PlayOptions& options) {
 void registerPlay(CLI::App& app, int& exitStatus) {
   auto* command = app.add_subcommand("play", "Play a stream and show what happens in it");
   command->require_subcommand(1);
-  command->footer(keysAndExitStatuses);
+  command->footer(details);
 
   auto* live = command->add_subcommand("live", "Play a live stream");
   const auto liveOptions = std::make_shared<LiveOptions>();

@@ -168,15 +168,7 @@ void registerServe(CLI::App& app, int& exitStatus) {
   addText(command, "--assert", "complete|started",
           "In the end, compare the pings with what the documents promise; see \"Check\"",
           [options](const std::string& text) { options->expectation = expectationFrom(text); });
-  addRepeatable(command, "--ad-domain", "DOMAIN",
-                "A domain whose tracking URLs the players take for measurement URLs (give two)",
-                [&server](const std::vector<std::string>& domains) {
-                  if (domains.size() != 2) {
-                    throw CLI::ValidationError("--ad-domain",
-                                               "give it exactly twice, or not at all");
-                  }
-                  server.streams.measurementDomains = {domains[0], domains[1]};
-                });
+  addMeasurementDomains(command, server.streams.measurementDomains);
   command.add_flag("--verbose", server.verbose, "Write a line for each request to standard error");
   command.callback([options, &exitStatus] { runServe(*options, exitStatus); });
 }
