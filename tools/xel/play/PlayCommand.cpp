@@ -1,3 +1,5 @@
+#include "play/PlayCommand.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -24,15 +26,16 @@
 
 #include "common/CommandLine.h"
 #include "common/SignalWatcher.h"
+#include "common/TemporaryFolder.h"
 #include "play/JSONLines.h"
 #include "play/KeyReader.h"
 #include "play/ObservingHTTPClient.h"
 #include "play/PlainView.h"
-#include "play/PlayCommand.h"
 #include "play/PlaySession.h"
 #include "play/PlayerOptions.h"
 #include "play/TerminalView.h"
 #include "play/TraceFile.h"
+#include "report/ReportCommand.h"
 
 namespace xel {
 namespace {
@@ -63,6 +66,7 @@ struct PlayOptions {
   std::vector<double> conversions;
   bool json = false;
   std::string recordFile;
+  std::string reportFile;
   bool redactURLs = false;
 
   void applyTo(XELStreamRequest& request) const {
@@ -179,6 +183,12 @@ void addOutputOptions(CLI::App& command, PlayOptions& options) {
       .add_flag("--redact-urls", options.redactURLs,
                 "Replace the query values of all URLs in the trace too")
       ->needs(record);
+  if (canReport()) {
+    command
+        .add_option("--report", options.reportFile,
+                    "Show the session as an HTML page when it has ended, as xel report does")
+        ->type_name("PAGE");
+  }
 }
 
 bool isOnTerminal() {
@@ -278,6 +288,16 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
   return session->exitStatus();
 }
 
+/// Plays, and makes the report that is asked for.
+int playAndReport(PlayOptions& options, const std::shared_ptr<XELStreamRequest>& request) {
+  if (options.reportFile.empty()) return play(options, request);
+  std::optional<TemporaryFolder> folder;
+  if (options.recordFile.empty()) options.recordFile = folder.emplace().path() / "session.jsonl";
+  const auto played = play(options, request);
+  const auto reported = makeReport(options.recordFile, options.reportFile);
+  return played != 0 ? played : reported;
+}
+
 void addCommonOptions(CLI::App& command, PlayOptions& options) {
   addServerOptions(command, options);
   addRequestOptions(command, options);
@@ -305,7 +325,7 @@ void registerPlay(CLI::App& app, int& exitStatus) {
   live->callback([liveOptions, &exitStatus] {
     const auto request = XELLiveStreamRequest::initWithAssetKey(liveOptions->assetKey);
     request->setAttemptPreroll(liveOptions->attemptPreroll);
-    exitStatus = play(*liveOptions, request);
+    exitStatus = playAndReport(*liveOptions, request);
   });
 
   auto* vod = command->add_subcommand("vod", "Play an on-demand stream");
@@ -322,8 +342,8 @@ void registerPlay(CLI::App& app, int& exitStatus) {
       ->required();
   addCommonOptions(*vod, *vodOptions);
   vod->callback([vodOptions, &exitStatus] {
-    exitStatus = play(*vodOptions, XELVODStreamRequest::initWithContentSourceID_videoID(
-                                       vodOptions->contentSourceID, vodOptions->videoID));
+    exitStatus = playAndReport(*vodOptions, XELVODStreamRequest::initWithContentSourceID_videoID(
+                                                vodOptions->contentSourceID, vodOptions->videoID));
   });
 }
 

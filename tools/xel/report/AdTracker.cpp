@@ -93,7 +93,7 @@ void AdTracker::cutOff(const std::string& why) {
   auto& ad = report_.ads[*lastStarted_];
   ad.why = why;
   if (const auto* jump = lastJump()) {
-    ad.isByViewer = jump->isSeek;
+    ad.isExpected = jump->isSeek;
     ad.why = (jump->isSeek ? "The viewer left it by a seek to " : "The stream's time jumped to ") +
              clockText(jump->to) + '.';
   }
@@ -104,7 +104,7 @@ void AdTracker::completeAd() {
   auto& ad = report_.ads[*lastStarted_];
   if (ad.reached.size() < eventsOfCalls.size()) {
     const auto* jump = lastJump();
-    ad.isByViewer = jump && jump->isSeek;
+    ad.isExpected = jump && jump->isSeek;
     ad.why = jump ? "A jump to " + clockText(jump->to) + " passed some of its quartiles by."
                   : "Not all of its quartiles were met.";
   }
@@ -137,7 +137,7 @@ const Jump* AdTracker::lastJump() const {
 
 void AdTracker::finish() {
   if (isPlaying_) {
-    report_.ads[*lastStarted_].isByViewer = true;
+    report_.ads[*lastStarted_].isExpected = true;
     report_.ads[*lastStarted_].why = "The session ended while it was playing.";
     endAd(AdOutcome::cutOff);
   }

@@ -57,6 +57,7 @@ void DocumentTracker::addProgress(double position) {
 }
 
 void DocumentTracker::addText(const std::string& text) {
+  if (!report_.session.isLive) return;
   ++report_.metadata.texts;
   if (!current_["tags"].has(text)) ++report_.metadata.unknownTexts;
   delivered_.emplace(text, now_.time);
@@ -93,7 +94,7 @@ void DocumentTracker::addMissingAds() {
                        .position = promised.ad.start,
                        .outcome = AdOutcome::notStarted,
                        .why = std::move(reason.text),
-                       .isByViewer = reason.isByViewer});
+                       .isExpected = reason.isExpected});
   }
   std::move(missing.begin(), missing.end(), std::back_inserter(report_.ads));
 }
@@ -134,7 +135,7 @@ DocumentTracker::Reason DocumentTracker::whyNoText(const PromisedAd& promised) c
                 ? "Its start text came before the document that knows it."
                 : unusableVast};
   }
-  return {"Its start text was not delivered."};
+  return {"Its start text was not delivered.", report_.missedSegments == 0};
 }
 
 void DocumentTracker::addFindings(const std::string& name, const std::string& text) {

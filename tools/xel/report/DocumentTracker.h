@@ -46,10 +46,10 @@ class DocumentTracker {
     std::vector<std::string> texts;
   };
 
-  /// Why an ad did not start, and whether the viewer kept it from starting.
+  /// Why an ad did not start, and whether that is no fault.
   struct Reason {
     std::string text;
-    bool isByViewer = false;
+    bool isExpected = false;
   };
 
   void addMissingAds();

@@ -60,7 +60,7 @@ void addPings(const Report& report, LossList& losses) {
 void addAds(const Report& report, LossList& losses) {
   for (const auto& ad : report.ads) {
     if (ad.why.empty()) continue;
-    Loss loss = {.severity = ad.isByViewer ? Severity::note : Severity::error,
+    Loss loss = {.severity = ad.isExpected ? Severity::note : Severity::error,
                  .why = ad.why,
                  .time = ad.start,
                  .position = ad.position};

@@ -26,17 +26,23 @@ struct ReportOptions {
   std::string page = "report.html";
 };
 
-int makeReport([[maybe_unused]] const ReportOptions& options) {
+}  // namespace
+
 #ifdef XEL_HAS_REPORT
-  return report::writeReport(options.trace, options.page);
+bool canReport() { return true; }
+
+int makeReport(const std::string& trace, const std::string& page) {
+  return report::writeReport(trace, page);
+}
 #else
+bool canReport() { return false; }
+
+int makeReport(const std::string&, const std::string&) {
   std::fputs("xel: this xel was built without reports; build it with Node.js and npm installed\n",
              stderr);
   return 1;
-#endif
 }
-
-}  // namespace
+#endif
 
 void registerReport(CLI::App& app, int& exitStatus) {
   auto* command = app.add_subcommand("report", "Show a recorded session as an HTML page");
@@ -48,7 +54,8 @@ void registerReport(CLI::App& app, int& exitStatus) {
       ->type_name("PAGE")
       ->capture_default_str();
   command->footer(examplesAndExitStatuses);
-  command->callback([options, &exitStatus] { exitStatus = makeReport(*options); });
+  command->callback(
+      [options, &exitStatus] { exitStatus = makeReport(options->trace, options->page); });
 }
 
 }  // namespace xel

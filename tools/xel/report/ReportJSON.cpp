@@ -102,6 +102,7 @@ void write(simulation::JSONWriter& out, const Ad& ad) {
       .number("position", ad.position)
       .text("outcome", nameOf(ad.outcome, adOutcomes))
       .text("why", ad.why)
+      .flag("isExpected", ad.isExpected)
       .texts("reached", ad.reached)
       .count("pingsNotSent", ad.pingsNotSent);
 }

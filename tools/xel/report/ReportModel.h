@@ -60,8 +60,8 @@ struct Ad {
   AdOutcome outcome = AdOutcome::cutOff;
   /// What kept it from starting or completing.
   std::string why = {};
-  /// Whether that was the viewer: a seek, or the end of watching.
-  bool isByViewer = false;
+  /// Whether that is no fault: a seek, say, or the end of watching.
+  bool isExpected = false;
   /// The events that were reported, such as "midpoint".
   std::vector<std::string> reached = {};
   /// Pings of the events that were not reported.

@@ -33,6 +33,8 @@ export interface Ad {
   position?: number;
   outcome: "completed" | "cutOff" | "notStarted";
   why?: string;
+  /** Whether that is no fault: a seek, say, or the end of watching. */
+  isExpected?: boolean;
   reached: string[];
   pingsNotSent: number;
 }

@@ -23,6 +23,11 @@ function pingsOfAds(report: Report): Record<PingOutcome, number>[] {
   return counts;
 }
 
+function adTone(ad: Ad): string {
+  if (ad.outcome === "completed") return "";
+  return ad.isExpected ? "expected" : "failed";
+}
+
 /** So that on demand an ad that did not start stands where it should have been. */
 function inStreamOrder({ ads, session }: Report): Ad[] {
   if (session.isLive) return ads;
@@ -54,8 +59,7 @@ export function adSection(report: Report, reveal: (time: number) => void): HTMLE
       {
         name: "Outcome",
         text: adOutcome,
-        node: (ad) =>
-          element("span", { class: ad.outcome === "completed" ? "" : "failed" }, adOutcome(ad)),
+        node: (ad) => element("span", { class: `nowrap ${adTone(ad)}` }, adOutcome(ad)),
       },
       { name: "Reached", text: (ad) => shortEvents[ad.reached.at(-1) ?? ""] ?? "–" },
       {
@@ -123,7 +127,7 @@ export class PingSection {
         },
         { name: "Event", text: (ping) => eventName(ping.event) },
         { name: "Ad", text: (ping) => adNameOf(ping), kind: "name" },
-        { name: "Answer", text: answer },
+        { name: "Answer", text: answer, kind: "name" },
         {
           name: "Latency",
           text: (ping) => latency(ping.milliseconds),

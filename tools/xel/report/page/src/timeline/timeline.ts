@@ -5,7 +5,7 @@ import { chartHeight, chartOption, echarts, perSecond, placeOf, positionOf } fro
 import { lanesOf, type Description, type Mark } from "./marks";
 
 const help =
-  "Left and right go from mark to mark, up and down from row to row, Home and End to the first " +
+  "With the time line in focus: left and right go from mark to mark, up and down from row to row, Home and End to the first " +
   "and the last mark. Plus and minus zoom, 0 shows everything.";
 const narrowWidth = 600;
 const zoomStep = 2;
@@ -51,8 +51,8 @@ export class Timeline {
       button("−", () => this.zoomBy(zoomStep), "Zoom out"),
       button("Show all", () => this.zoomTo(0, this.duration)),
     );
-    this.details.append(element("p", { class: "hint" }, "Point at a mark, or go to one by key."));
-    this.element = element("div", {}, buttons, this.frame, this.details, helpText);
+    this.details.append(element("p", { class: "hint" }, "Point at a mark to see what is known of it."));
+    this.element = element("div", {}, buttons, helpText, this.frame, this.details);
   }
 
   /** To be called once the element is in the document. */
@@ -217,19 +217,19 @@ export class Timeline {
     const description = mark.describe();
     const { ping } = description;
     const link = ping && !isTip ? button("Show in the table", () => this.showPing(ping)) : undefined;
-    return element("div", { class: "description" }, ...descriptionNodes(description), link);
+    return element("div", { class: "description" }, ...descriptionNodes(description, link));
   }
 }
 
 const revealedSeconds = 60;
 const longText = 40;
 
-function descriptionNodes({ title, tone, facts }: Description): HTMLElement[] {
+function descriptionNodes({ title, tone, facts }: Description, link?: HTMLElement): HTMLElement[] {
   const list = element("dl");
   // URLs stay texts: following one would send the ping again.
   for (const [name, value] of facts) {
     const isLong = value.length > longText;
     list.append(element("dt", {}, name), element("dd", { class: isLong ? "long" : "" }, value));
   }
-  return [element("h3", { class: tone }, title), list];
+  return [element("div", { class: "heading" }, element("h3", { class: tone }, title), link), list];
 }
