@@ -1,6 +1,6 @@
 """Plays an on-demand stream and a live one with a pre-roll with `xel play --json`, in real time and
 through GStreamer, from `xel serve --media`. Exits 1 unless each event comes within 0.3 s of its time
-in the document and the server finds each ping that the documents promise.
+in the document, the server finds each ping that the documents promise, and a recording replays.
 
     session.py XEL MEDIA-FOLDER
 """
@@ -24,14 +24,16 @@ def expect(condition, message):
 
 
 def play(xel, url, ca_file, *stream):
-    """The process, and the file of its output: a pipe that nobody reads meanwhile would stop it."""
-    output = tempfile.TemporaryFile("w+")
+    """The process, the file of its output (a pipe that nobody reads meanwhile would stop it), and the
+    one of its trace."""
+    output, trace = tempfile.TemporaryFile("w+"), tempfile.NamedTemporaryFile()
     return subprocess.Popen(
         [xel, "play", *stream, "--player", "gstreamer", "--server", url.removeprefix("https://"),
-         "--ca-file", ca_file, "--app-id", APP, "--json"], stdout=output), output
+         "--ca-file", ca_file, "--app-id", APP, "--json", "--record", trace.name, "--redact-urls"],
+        stdout=output), output, trace
 
 
-def lines_of(process, output_file):
+def lines_of(xel, process, output_file, trace):
     process.wait(timeout=150)
     output_file.seek(0)
     output = output_file.read()
@@ -39,6 +41,8 @@ def lines_of(process, output_file):
     lines = [json.loads(line) for line in output.splitlines()]
     failed = [line for line in lines if line["event"] == "pingResult" and line.get("error")]
     expect(not failed, f"pings failed: {failed}")
+    replay = subprocess.run([xel, "replay", trace.name], capture_output=True, text=True, check=False)
+    expect(replay.returncode == 0, f"the replay differs:\n{replay.stdout}{replay.stderr}")
     return lines
 
 
@@ -82,7 +86,7 @@ def main(xel, media):
         url, ca_file = server.stdout.readline().split()
         on_demand = play(xel, url, ca_file, "vod", "--content-source-id", "shows", "--video-id", "a")
         live = play(xel, url, ca_file, "live", "--asset-key", "news", "--attempt-preroll")
-        on_demand_lines, live_lines = lines_of(*on_demand), lines_of(*live)
+        on_demand_lines, live_lines = lines_of(xel, *on_demand), lines_of(xel, *live)
         context = ssl.create_default_context(cafile=ca_file)
         with urllib.request.urlopen(url + "/documents", context=context) as response:
             documents = {each["streamType"]: each["document"] for each in json.load(response)}

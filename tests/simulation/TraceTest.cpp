@@ -1,3 +1,5 @@
+#include <fstream>
+#include <iterator>
 #include <random>
 #include <sstream>
 
@@ -145,6 +147,13 @@ TraceReplayResult replay(const std::string& trace) {
   return replayTrace(in, 3);
 }
 
+std::string without(Lines lines, std::size_t line) {
+  lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(line));
+  std::string text;
+  for (const auto& each : lines) text += each;
+  return text;
+}
+
 std::string firstDifference(const TraceReplayResult& result) {
   if (result.fault) return result.fault->text("trace");
   return result.differences.empty() ? "" : result.differences[0].text();
@@ -169,22 +178,36 @@ TEST(Trace, ReplaysAsItWasRecordedAndTellsALineThatIsMissing) {
     ASSERT_EQ(result.pings, session->pings());
     calls += result.delegateCalls;
 
-    auto lines = linesOf(session->trace);
+    const auto lines = linesOf(session->trace);
     const auto line = seed % lines.size();
     const auto is = [&](std::size_t at, const char* what) {
       return lines[at].find(what) != std::string::npos;
     };
     if (!is(line, "\"kind\":\"delegate\"") || is(line + 1, "\"inside\"")) continue;
     ++removed;
-    lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(line));
-    std::string rest;
-    for (const auto& each : lines) rest += each;
-    const auto different = replay(rest);
+    const auto different = replay(without(lines, line));
     ASSERT_EQ(different.differenceCount, 1u) << firstDifference(different);
     ASSERT_EQ(different.differences[0].expected, "nothing");
   }
   EXPECT_GT(calls, 2000u);
   EXPECT_GT(removed, 10u);
+}
+
+TEST(Trace, OfTheDemosSessionsReplaysAndTellsEachCallThatIsMissing) {
+  for (const char* name : {"vod", "live"}) {
+    SCOPED_TRACE(name);
+    std::ifstream file(XEL_TEST_GOLDEN + std::string("/") + name + ".jsonl", std::ios::binary);
+    const std::string trace(std::istreambuf_iterator<char>(file), {});
+    const auto lines = linesOf(trace);
+    EXPECT_EQ(firstDifference(replay(trace)), "");
+    for (std::size_t line = 0; line < lines.size(); ++line) {
+      if (lines[line].find("\"call\":\"ad") == std::string::npos) continue;
+      const auto result = replay(without(lines, line));
+      EXPECT_EQ(result.differenceCount, 1u) << line;
+      const auto start = "line " + std::to_string(line + 1) + ": expected nothing, got ad";
+      EXPECT_EQ(firstDifference(result).substr(0, start.size()), start);
+    }
+  }
 }
 
 TEST(Trace, IsReadAsFarAsItIsOne) {

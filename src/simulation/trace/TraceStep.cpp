@@ -72,7 +72,7 @@ std::vector<TraceDifference> TraceStep::differences(bool isOpen) const {
     recorded.push_back(&*entry.output);
     lines.push_back(entry.line.number);
   }
-  lines.push_back(lastLine_);
+  lines.push_back(lastLine_ + 1);
 
   std::vector<TraceDifference> differences;
   const auto changes = diff(recorded.size(), taken_.size(), [&](std::size_t a, std::size_t b) {
