@@ -3,19 +3,13 @@
 #include <algorithm>
 #include <charconv>
 
+#include "common/Lowercased.h"
 #include "document/JSONPath.h"
 
 namespace xel {
 namespace {
 
 std::string textOf(const JSONValue& value) { return std::string(value.text().value_or("")); }
-
-std::string lowercased(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
 
 /// The whole number, if the text is what the library would write for it.
 std::optional<std::int64_t> secondFrom(std::string_view text) {

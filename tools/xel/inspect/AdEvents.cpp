@@ -1,17 +1,11 @@
 #include "inspect/AdEvents.h"
 
-#include <array>
-#include <string_view>
-
 namespace xel::inspect {
 namespace {
 
-constexpr std::array<std::string_view, 6> types = {"start",    "creativeview",  "firstquartile",
-                                                   "midpoint", "thirdquartile", "complete"};
-
 std::vector<AdEvent> eventsOf(const AdView& ad) {
   std::vector<AdEvent> events;
-  for (const auto type : types) {
+  for (const auto type : pingedEvents) {
     events.push_back({std::string(type), {}, {}, {}});
     for (const auto& ping : ad.pings) {
       if (ping.event == type) events.back().pings.push_back(ping);

@@ -74,7 +74,8 @@ std::string whenText(const AdEvent& event, bool isInStream) {
 
 void addPings(const std::vector<AdEvent>& events, bool isInStream, TextPage& page) {
   for (const auto& event : events) {
-    if (event.pings.empty() && !event.isReported()) continue;
+    const bool isHeardOf = event.isReported() && event.type != "creativeview";
+    if (event.pings.empty() && !isHeardOf) continue;
     page.line(2, "on " + event.type + whenText(event, isInStream) +
                      (event.pings.empty() ? ": no pings" : ""));
     for (const auto& ping : event.pings) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "xel/model/XELAd.h"
@@ -15,6 +16,10 @@
 #include "document/StreamDocument.h"
 
 namespace xel::inspect {
+
+/// The events that are ever pinged, in order of time.
+inline constexpr std::array<std::string_view, 6> pingedEvents = {
+    "start", "creativeview", "firstquartile", "midpoint", "thirdquartile", "complete"};
 
 /// What the library and its host say of themselves in requests and pings.
 struct ClientFacts {

@@ -16,8 +16,8 @@ class CreativeChecker {
     if (vast_.ads().empty()) return;
     const auto& linears = vast_.linears();
     if (linears.empty()) {
-      findings_.add("linear-missing", place(vast_.ads().front()),
-                    "The ad has no linear creative; only its own pings are sent.");
+      add("linear-missing", vast_.ads().front(),
+          "The ad has no linear creative; only its own pings are sent.");
     }
     for (const auto linear : linears) {
       if (linear != linears.front()) checkUnselected(linear);
@@ -29,8 +29,8 @@ class CreativeChecker {
   }
 
  private:
-  std::string place(std::size_t element) const {
-    return placeIn(path_, vast_.elements()[element].place);
+  void add(RuleID rule, std::size_t element, std::string text) {
+    findings_.add(rule, path_, vast_.elements()[element].place, std::move(text));
   }
 
   void checkUnselected(std::size_t linear) {
@@ -40,9 +40,9 @@ class CreativeChecker {
       if (event && isPingedEvent(*event)) ++pings;
     }
     if (pings == 0) return;
-    findings_.add("creative-not-selected", place(linear),
-                  "The ad's first linear creative is selected and not this one, whose " +
-                      counted(pings, "ping") + (pings == 1 ? " is" : " are") + " never sent.");
+    add("creative-not-selected", linear,
+        "The ad's first linear creative is selected and not this one, whose " +
+            counted(pings, "ping") + (pings == 1 ? " is" : " are") + " never sent.");
   }
 
   void checkIdentifiers(std::size_t linear) {
@@ -56,17 +56,17 @@ class CreativeChecker {
       if (i < linear) {
         earlier.push_back(i);
       } else {
-        findings_.add("universal-ad-id-late", place(i),
-                      "The identifier " + quoted(identifierOf(i)) +
-                          " follows the creative's Linear element and does not reach it" +
-                          (earlier.empty() ? "; the creative has none." : "."));
+        add("universal-ad-id-late", i,
+            "The identifier " + quoted(identifierOf(i)) +
+                " follows the creative's Linear element and does not reach it" +
+                (earlier.empty() ? "; the creative has none." : "."));
       }
     }
     for (const auto i : earlier) {
       if (i == earlier.back()) break;
-      findings_.add("universal-ad-id-replaced", place(i),
-                    "The identifier " + quoted(identifierOf(i)) + " is replaced by " +
-                        quoted(identifierOf(earlier.back())) + ".");
+      add("universal-ad-id-replaced", i,
+          "The identifier " + quoted(identifierOf(i)) + " is replaced by " +
+              quoted(identifierOf(earlier.back())) + ".");
     }
   }
 
@@ -88,36 +88,30 @@ class CreativeChecker {
       if (vast_.elements()[i].name == "StaticResource") resources.push_back(i);
     }
     if (resources.empty()) {
-      findings_.add("companion-without-resource", place(companion),
-                    "The companion has no StaticResource, so the host gets no URL to show.");
+      add("companion-without-resource", companion,
+          "The companion has no StaticResource, so the host gets no URL to show.");
       return;
     }
     checkResource(resources.back());
     if (resources.size() > 1) {
-      findings_.add("companion-resource-replaced", place(resources.front()),
-                    "The companion has " + std::to_string(resources.size()) +
-                        " StaticResource elements, and the last one counts.");
+      add("companion-resource-replaced", resources.front(),
+          "The companion has " + std::to_string(resources.size()) +
+              " StaticResource elements, and the last one counts.");
     }
   }
 
   void checkResource(std::size_t index) {
-    const XMLPiece* kept = nullptr;
-    std::size_t filled = 0;
-    for (const auto& piece : vast_.elements()[index].pieces) {
-      if (piece.isBehindElement) continue;
-      kept = &piece;
-      if (!piece.isBlank()) ++filled;
-    }
-    if (!kept || (filled == 1 && !kept->isBlank())) return;
-    if (kept->isBlank()) {
-      findings_.add("companion-resource-white-space", place(index),
-                    filled == 0 ? "The companion's resource is white space only."
-                                : "White space behind the companion's resource takes its place, so "
-                                  "the host gets no URL to show.");
+    const auto pieces = vast_.elements()[index].directPieces();
+    if (!pieces.last || pieces.isWhole()) return;
+    if (pieces.last->isBlank()) {
+      add("companion-resource-white-space", index,
+          pieces.filled == 0 ? "The companion's resource is white space only."
+                             : "White space behind the companion's resource takes its place, so "
+                               "the host gets no URL to show.");
     } else {
-      findings_.add("companion-resource-pieces", place(index),
-                    "The URL of the companion's resource comes in pieces, and the last one, " +
-                        quoted(kept->text) + ", is all that is kept.");
+      add("companion-resource-pieces", index,
+          "The URL of the companion's resource comes in pieces, and the last one, " +
+              quoted(pieces.last->text) + ", is all that is kept.");
     }
   }
 

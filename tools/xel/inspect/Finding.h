@@ -1,12 +1,15 @@
 #pragma once
 
-#include <cstddef>
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "inspect/RuleTable.h"
+#include "inspect/XMLOutline.h"
 
 namespace xel::inspect {
 
@@ -19,7 +22,10 @@ struct Finding {
   std::string place;
   /// One sentence: what happens with this document.
   std::string text;
+  /// The line and column; 0 for a place in JSON.
+  XMLPlace xml = {0, 0};
 
+  bool isInXML() const { return xml.line > 0; }
   /// What to do about it.
   std::string_view remedy() const { return ruleTable[ruleIndex(rule)].remedy; }
 };
@@ -27,11 +33,23 @@ struct Finding {
 /// Collects findings, each with the severity that its rule has.
 class Findings {
  public:
-  void add(RuleID rule, std::string place, std::string text) {
+  /// @param path of a value in a JSON document.
+  void add(RuleID rule, std::string path, std::string text) {
     const auto& entry = ruleTable[rule.index];
-    list_.push_back({entry.id, entry.severity, std::move(place), std::move(text)});
+    list_.push_back({entry.id, entry.severity, std::move(path), std::move(text)});
   }
-  const std::vector<Finding>& list() const noexcept { return list_; }
+  /// @param path of the XML text in a JSON document; empty for an XML document of its own.
+  void add(RuleID rule, const std::string& path, XMLPlace xml, std::string text) {
+    add(rule, path.empty() ? xml.text() : path + ' ' + xml.text(), std::move(text));
+    list_.back().xml = xml;
+  }
+  /// Adds findings of one XML text, in the order of their places.
+  void addByPlace(std::vector<Finding> findings) {
+    std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
+      return std::tie(a.xml.line, a.xml.column) < std::tie(b.xml.line, b.xml.column);
+    });
+    std::move(findings.begin(), findings.end(), std::back_inserter(list_));
+  }
   std::vector<Finding> take() { return std::exchange(list_, {}); }
 
  private:

@@ -18,9 +18,9 @@ namespace xel::inspect {
 namespace {
 
 constexpr std::string_view wanted =
-    "; wanted is an answer to a stream request (JSON with \"stream_id\" or \"stream_manifest\"), a "
-    "stream info document (JSON with \"ads\", \"breaks\", \"tags\", \"times\" or \"cuepoints\"), a "
-    "VAST document (XML with an Ad or VAST element), or a trace of xel play --record";
+    "; looked for: an answer to a stream request (\"stream_id\", \"stream_manifest\"), a stream "
+    "info "
+    "document (\"ads\", \"times\", \"tags\"), a VAST document (<VAST>, <Ad>), a trace";
 
 [[noreturn]] void refuse(const std::string& problem) {
   throw std::runtime_error(problem + std::string(wanted));
@@ -32,17 +32,19 @@ bool hasAny(const JSONValue& json, const std::array<std::string_view, count>& me
                      [&](std::string_view member) { return json.has(member); });
 }
 
-void checkAds(Inspection& inspection, const std::string& pathOfOnlyVast, Findings& findings) {
+void checkAds(const Inspection& inspection, Findings& findings) {
   const auto& document = inspection.view.document;
   for (std::size_t i = 0; i < document.ads.size(); ++i) {
     if (document.ads[i].vast.value_or("").empty()) continue;
     const VastOutline vast(*document.ads[i].vast);
     const auto path = inspection.kind == DocumentKind::vast
-                          ? pathOfOnlyVast
+                          ? std::string()
                           : memberPath(document.ads[i].path, "vast");
-    checkVast(vast, path, findings);
-    checkTracking(vast, inspection.view.ads[i], path, findings);
-    checkCreatives(vast, path, findings);
+    Findings ofVast;
+    checkVast(vast, path, ofVast);
+    checkTracking(vast, inspection.view.ads[i], path, ofVast);
+    checkCreatives(vast, path, ofVast);
+    findings.addByPlace(ofVast.take());
   }
 }
 
@@ -54,7 +56,7 @@ Inspection inspectVast(std::string_view text, const ClientFacts& facts) {
   if (vast != text) {
     const auto differs = std::mismatch(text.begin(), text.end(), vast.begin(), vast.end()).first;
     const auto line = std::count(text.begin(), differs, '\n') + 1;
-    findings.add("vast-not-utf8", std::to_string(line) + ":1",
+    findings.add("vast-not-utf8", {}, {static_cast<std::size_t>(line), 1},
                  "This line is not UTF-8, so the document is not well-formed; shown is what "
                  "follows once it is mended.");
   }
@@ -65,7 +67,7 @@ Inspection inspectVast(std::string_view text, const ClientFacts& facts) {
           .value;
   inspection.view.document = StreamDocument::read(json);
   inspection.view.ads = runAds(json, inspection.view.document, facts);
-  checkAds(inspection, {}, findings);
+  checkAds(inspection, findings);
   inspection.findings = findings.take();
   return inspection;
 }
@@ -85,7 +87,7 @@ Inspection inspectStreamInfo(const JSONValue& json, std::string_view text,
   checkBreaks(view.document, findings);
   checkEvents(view, findings);
   if (view.playThrough) checkCuepoints(view, findings);
-  checkAds(inspection, {}, findings);
+  checkAds(inspection, findings);
   inspection.findings = findings.take();
   return inspection;
 }
@@ -102,11 +104,17 @@ Inspection inspectAnswer(const JSONValue& json, std::string_view text, const Cli
   return inspection;
 }
 
+/// Whether an Ad or VAST element begins anywhere.
 bool isVast(std::string_view text) {
-  constexpr std::array<std::string_view, 3> marks = {"<VAST", "<Ad>", "<Ad "};
-  return std::any_of(marks.begin(), marks.end(), [text](std::string_view mark) {
-    return text.find(mark) != std::string_view::npos;
-  });
+  for (const std::string_view tag : {"<VAST", "<Ad"}) {
+    for (auto at = text.find(tag); at != std::string_view::npos; at = text.find(tag, at + 1)) {
+      const auto behind = text.substr(at + tag.size(), 1);
+      if (behind.empty() || std::string_view(" \t\r\n/>").find(behind) != std::string_view::npos) {
+        return true;
+      }
+    }
+  }
+  return false;
 }
 
 }  // namespace

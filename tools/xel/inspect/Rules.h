@@ -30,9 +30,4 @@ void checkTracking(const VastOutline& vast, const AdView& view, const std::strin
                    Findings& findings);
 void checkCreatives(const VastOutline& vast, const std::string& path, Findings& findings);
 
-/// A place within a VAST text.
-inline std::string placeIn(const std::string& path, const XMLPlace& place) {
-  return path.empty() ? place.text() : path + ' ' + place.text();
-}
-
 }  // namespace xel::inspect

@@ -1,6 +1,8 @@
 #include "inspect/TextReport.h"
 
 #include <algorithm>
+#include <map>
+#include <string_view>
 #include <vector>
 
 #include "common/PrintableText.h"
@@ -50,14 +52,15 @@ void addTimeLine(const ClientView& view, TextPage& page) {
   });
   constexpr std::size_t time = 10;
   for (const auto* adBreak : breaks) {
-    page.field(2, adBreak->start ? clockText(*adBreak->start) : "", time,
-               "break " + quoted(adBreak->key) + ", " + secondsText(adBreak->duration) + ", " +
-                   (adBreak->totalAds ? std::to_string(*adBreak->totalAds) : "?") + " ads");
+    page.field(
+        2, adBreak->start ? clockText(*adBreak->start) : "", time,
+        "break " + quoted(adBreak->key) + ", " + secondsText(adBreak->duration) + ", " +
+            (adBreak->totalAds == 1 ? "1 ad" : countText(adBreak->totalAds.value_or(-1)) + " ads"));
     for (const auto index : adBreak->ads) {
       const auto& ad = document.ads[index];
       page.field(2, ad.start ? clockText(*ad.start) : "", time,
                  "  ad " + quoted(ad.key) + ", " + secondsText(ad.duration) + ", position " +
-                     (ad.position ? std::to_string(*ad.position) : "?"));
+                     countText(ad.position.value_or(-1)));
     }
   }
   if (!view.playThrough) return;
@@ -69,33 +72,31 @@ void addTimeLine(const ClientView& view, TextPage& page) {
   }
 }
 
-/// What stands before the line and column in a place, and those.
-std::pair<std::string, std::string> splitPlace(const Finding& finding) {
-  const bool isXML = !finding.place.empty() && finding.place.back() != ']' &&
-                     finding.place.find_first_not_of("0123456789:", finding.place.rfind(' ') + 1) ==
-                         std::string::npos;
-  if (!isXML) return {finding.place, {}};
+/// Where the document of a place stands; empty for the place in an XML document of its own.
+std::string_view documentOf(const Finding& finding) {
+  if (!finding.isInXML()) return finding.place;
   const auto space = finding.place.rfind(' ');
-  if (space == std::string::npos) return {{}, finding.place};
-  return {finding.place.substr(0, space), finding.place.substr(space + 1)};
+  return std::string_view(finding.place).substr(0, space == std::string::npos ? 0 : space);
 }
 
 void addFindings(const std::vector<Finding>& findings, TextPage& page) {
   if (findings.empty()) return;
   page.heading("Findings");
-  std::vector<std::string> groups;
+  std::map<std::string_view, std::vector<const Finding*>> groups;
+  std::vector<std::string_view> order;
   for (const auto& finding : findings) {
-    const auto group = splitPlace(finding).first;
-    if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(group);
+    auto& group = groups[documentOf(finding)];
+    if (group.empty()) order.push_back(documentOf(finding));
+    group.push_back(&finding);
   }
-  for (const auto& group : groups) {
-    if (!group.empty()) page.line(2, group);
-    for (const auto& finding : findings) {
-      const auto [path, place] = splitPlace(finding);
-      if (path != group) continue;
-      page.rule(4, place.empty() ? "" : place + "  ", finding.severity, finding.rule);
-      page.paragraph(6, finding.text);
-      page.paragraph(6, "Remedy: " + std::string(finding.remedy()));
+  for (const auto document : order) {
+    if (!document.empty()) page.line(2, document);
+    for (const auto* finding : groups[document]) {
+      const auto place =
+          finding->isInXML() ? finding->place.substr(finding->place.rfind(' ') + 1) + "  " : "";
+      page.rule(4, place, finding->severity, finding->rule);
+      page.paragraph(6, finding->text);
+      page.paragraph(6, "Remedy: " + std::string(finding->remedy()));
     }
   }
 }

@@ -91,21 +91,20 @@ class TrackingChecker {
     for (std::size_t i = 0; i < vast_.elements().size(); ++i) {
       if (vast_.isOfFirstAd(i) && isTrackingElement(vast_.elements()[i])) checkElement(i);
     }
-    for (const auto event :
-         {"start", "creativeview", "firstquartile", "midpoint", "thirdquartile", "complete"}) {
-      checkSent(event);
-    }
+    for (const auto event : pingedEvents) checkSent(std::string(event));
     if (neverSent_.empty()) return;
     std::vector<std::string> events;
     for (const auto& [event, count] : neverSent_) {
       events.push_back(event + " (" + std::to_string(count) + ")");
     }
-    findings_.add("tracking-never-sent", firstNeverSent_,
-                  "The ad has tracking that the client never sends: " + listed(events) + ".");
+    add("tracking-never-sent", firstNeverSent_,
+        "The ad has tracking that the client never sends: " + listed(events) + ".");
   }
 
  private:
-  std::string place(const XMLElement& element) const { return placeIn(path_, element.place); }
+  void add(RuleID rule, const XMLPlace& place, std::string text) {
+    findings_.add(rule, path_, place, std::move(text));
+  }
 
   void checkElement(std::size_t index) {
     const auto& element = vast_.elements()[index];
@@ -113,14 +112,14 @@ class TrackingChecker {
     if (context.region == VastRegion::companions) return keep("companion tracking", element);
     const auto event = vast_.eventOf(index);
     if (context.region == VastRegion::creatives && !context.linear) {
-      findings_.add("tracking-outside-linear", place(element),
-                    nameOf(element) + " stands in a creative outside Linear and is dropped.");
+      add("tracking-outside-linear", element.place,
+          nameOf(element) + " stands in a creative outside Linear and is dropped.");
     } else if (!event) {
-      findings_.add("tracking-without-event", place(element),
-                    "This Tracking element names no event and is dropped.");
+      add("tracking-without-event", element.place,
+          "This Tracking element names no event and is dropped.");
     } else if (!isKnownEvent(*event)) {
-      findings_.add("tracking-unknown-event", place(element),
-                    "No event is named " + quoted(*event) + ", so this ping is never sent.");
+      add("tracking-unknown-event", element.place,
+          "No event is named " + quoted(*event) + ", so this ping is never sent.");
     } else if (!isPingedEvent(*event)) {
       keep(*event, element);
     } else {
@@ -134,40 +133,36 @@ class TrackingChecker {
   }
 
   void keep(const std::string& event, const XMLElement& element) {
-    if (neverSent_.empty()) firstNeverSent_ = place(element);
+    if (neverSent_.empty()) firstNeverSent_ = element.place;
     ++neverSent_[event];
   }
 
   void checkFiled(std::size_t index, const std::string& event) {
     const auto& element = vast_.elements()[index];
     if (const auto around = foreignParent(index); !around.empty()) {
-      findings_.add(
-          "tracking-in-extension", place(element),
+      add("tracking-in-extension", element.place,
           nameOf(element) + " stands in " + around + " and is pinged with the ad's " + event + ".");
     }
-    std::size_t blank = 0, filled = 0;
     for (const auto& piece : element.pieces) {
-      if (!piece.isBehindElement) {
-        ++(piece.isBlank() ? blank : filled);
-      } else if (!piece.isBlank()) {
-        findings_.add("ping-behind-element", placeIn(path_, piece.place),
-                      "The text " + quoted(piece.text) + " stands behind a nested element of " +
-                          nameOf(element) + " and is dropped.");
-      }
+      if (!piece.isBehindElement || piece.isBlank()) continue;
+      add("ping-behind-element", piece.place,
+          "The text " + quoted(piece.text) + " stands behind a nested element of " +
+              nameOf(element) + " and is dropped.");
     }
+    const auto [blank, filled, last] = element.directPieces();
     if (blank > 0) {
-      findings_.add("ping-white-space", place(element),
-                    nameOf(element) + " files " + counted(blank, "ping") + " of white space for " +
-                        event + (blank == 1 ? ", which fails." : ", which fail."));
+      add("ping-white-space", element.place,
+          nameOf(element) + " files " + counted(blank, "ping") + " of white space for " + event +
+              (blank == 1 ? ", which fails." : ", which fail."));
     }
     if (filled > 1) {
-      findings_.add("ping-pieces", place(element),
-                    "The URL of " + nameOf(element) + " is split into " + std::to_string(filled) +
-                        " pieces, which are pinged one by one; the URL as a whole is never sent.");
+      add("ping-pieces", element.place,
+          "The URL of " + nameOf(element) + " is split into " + std::to_string(filled) +
+              " pieces, which are pinged one by one; the URL as a whole is never sent.");
     }
-    if (blank + filled == 0) {
-      findings_.add("ping-without-url", place(element),
-                    nameOf(element) + " holds no URL, so nothing is pinged.");
+    if (!last) {
+      add("ping-without-url", element.place,
+          nameOf(element) + " holds no URL, so nothing is pinged.");
     }
   }
 
@@ -194,26 +189,22 @@ class TrackingChecker {
   }
 
   static bool isWholeURL(const FiledURL& url) {
-    const auto& pieces = url.element->pieces;
-    return !url.piece->isBlank() && std::none_of(pieces.begin(), pieces.end(), [&](auto& other) {
-      return &other != url.piece && !other.isBlank() && !other.isBehindElement;
-    });
+    return !url.piece->isBlank() && url.element->directPieces().filled == 1;
   }
 
   void checkPing(const FiledURL& filed, const PingView& sent, bool isFirst) {
-    const auto where = placeIn(path_, filed.piece->place);
+    const auto& where = filed.piece->place;
     if (sent.refusal) {
-      findings_.add("ping-refused", where,
-                    "The ping for " + filed.event + " is never sent: " + quoted(sent.url) +
-                        " is refused. " + *sent.refusal);
+      add("ping-refused", where,
+          "The ping for " + filed.event + " is never sent: " + quoted(sent.url) + " is refused. " +
+              *sent.refusal);
     }
     if (const auto macro = macroIn(sent.url); !macro.empty()) {
-      findings_.add("ping-unfilled-macro", where,
-                    "The ping for " + filed.event + " goes out with " + macro + " in its URL.");
+      add("ping-unfilled-macro", where,
+          "The ping for " + filed.event + " goes out with " + macro + " in its URL.");
     }
     if (!isFirst) {
-      findings_.add(
-          "ping-twice", where,
+      add("ping-twice", where,
           "The URL " + quoted(sent.url) + " is pinged once more for " + filed.event + ".");
     }
     constexpr std::string_view added = "ssss=oxel";
@@ -221,8 +212,7 @@ class TrackingChecker {
                                filed.piece->text.find(added) == std::string::npos;
     const auto dropped = droppedParameters(filed.piece->text);
     if (isMeasurement && !dropped.empty()) {
-      findings_.add(
-          "ping-parameter-dropped", where,
+      add("ping-parameter-dropped", where,
           "The measurement ping for " + filed.event + " goes out without " + listed(dropped) + ".");
     }
   }
@@ -232,7 +222,7 @@ class TrackingChecker {
   const std::string& path_;
   Findings& findings_;
   std::map<std::string, std::size_t> neverSent_;
-  std::string firstNeverSent_;
+  XMLPlace firstNeverSent_;
 };
 
 }  // namespace

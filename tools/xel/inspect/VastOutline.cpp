@@ -1,7 +1,9 @@
 #include "inspect/VastOutline.h"
 
 #include <algorithm>
-#include <array>
+
+#include "common/Lowercased.h"
+#include "inspect/ClientView.h"
 
 namespace xel::inspect {
 namespace {
@@ -28,14 +30,6 @@ VastContext contextWithin(const VastContext& parent, const XMLElement& element, 
       break;
   }
   return context;
-}
-
-std::string lowercased(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return lower;
 }
 
 }  // namespace
@@ -88,9 +82,7 @@ bool isTrackingElement(const XMLElement& element) {
 }
 
 bool isPingedEvent(std::string_view event) {
-  constexpr std::array<std::string_view, 6> pinged = {"start",    "creativeview",  "firstquartile",
-                                                      "midpoint", "thirdquartile", "complete"};
-  return std::find(pinged.begin(), pinged.end(), event) != pinged.end();
+  return std::find(pingedEvents.begin(), pingedEvents.end(), event) != pingedEvents.end();
 }
 
 }  // namespace xel::inspect

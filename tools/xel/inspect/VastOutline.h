@@ -63,7 +63,6 @@ class VastOutline {
 /// Whether the element holds a URL of an event, wherever it stands.
 bool isTrackingElement(const XMLElement& element);
 
-/// The events that are ever pinged, in order of time.
 bool isPingedEvent(std::string_view event);
 
 }  // namespace xel::inspect

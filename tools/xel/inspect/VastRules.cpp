@@ -3,19 +3,12 @@
 #include <string>
 #include <string_view>
 
+#include "common/Lowercased.h"
 #include "inspect/Rules.h"
 #include "inspect/Wording.h"
 
 namespace xel::inspect {
 namespace {
-
-std::string lowercased(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
 
 /// The element that is read and that this name resembles; empty when it is that one, or none.
 std::string_view resembledElement(std::string_view name) {
@@ -42,16 +35,18 @@ class VastChecker {
       const auto& element = vast_.elements()[i];
       if (isExtension(i)) continue;
       if (const auto meant = resembledElement(element.name); !meant.empty()) {
-        findings_.add("element-name", place(element),
-                      "The element <" + element.name + "> is not read as <" + std::string(meant) +
-                          ">; what it holds is lost.");
+        add("element-name", element.place,
+            "The element <" + element.name + "> is not read as <" + std::string(meant) +
+                ">; what it holds is lost.");
       }
       if (vast_.isOfFirstAd(i)) checkText(i);
     }
   }
 
  private:
-  std::string place(const XMLElement& element) const { return placeIn(path_, element.place); }
+  void add(RuleID rule, const XMLPlace& place, std::string text) {
+    findings_.add(rule, path_, place, std::move(text));
+  }
 
   bool isExtension(std::size_t index) const {
     for (std::optional<std::size_t> at = index; at; at = vast_.elements()[*at].parent) {
@@ -63,53 +58,52 @@ class VastChecker {
   void checkFault() {
     if (!vast_.fault()) return;
     const auto& fault = *vast_.fault();
-    const auto where = placeIn(path_, fault.place);
     const std::string consequence = vast_.ads().empty()
                                         ? "no ad is complete before it, so the ad never starts."
                                         : "what stands behind it is not read.";
     const auto text = "Reading ends here (" + fault.reason + "); " + consequence;
     if (fault.isOverLimit) {
-      findings_.add("vast-over-limits", where, text);
+      add("vast-over-limits", fault.place, text);
     } else if (vast_.ads().empty()) {
-      findings_.add("vast-ends-early", where, text);
+      add("vast-ends-early", fault.place, text);
     } else {
-      findings_.add("vast-broken-behind-ad", where, text);
+      add("vast-broken-behind-ad", fault.place, text);
     }
   }
 
   void checkAds() {
     const auto& elements = vast_.elements();
     if (!elements.empty() && elements.front().name != "VAST") {
-      findings_.add("vast-root", place(elements.front()),
-                    "The document is <" + elements.front().name + "> and not <VAST>; it has " +
-                        counted(vast_.ads().size(), "Ad element") + ", wherever they stand.");
+      add("vast-root", elements.front().place,
+          "The document is <" + elements.front().name + "> and not <VAST>; it has " +
+              counted(vast_.ads().size(), "Ad element") + ", wherever they stand.");
     }
     if (vast_.ads().empty()) {
       if (!vast_.fault()) {
-        findings_.add("vast-without-ad", path_.empty() ? "1:1" : path_,
-                      "The document has no Ad element, so the ad never starts.");
+        add("vast-without-ad", elements.empty() ? XMLPlace() : elements.front().place,
+            "The document has no Ad element, so the ad never starts.");
       }
       return;
     }
     const auto& ads = vast_.ads();
     if (ads.size() > 1) {
-      findings_.add("vast-several-ads", place(elements[ads[1]]),
-                    "The document has " + std::to_string(ads.size()) +
-                        " ads; this and any later one is never shown or pinged.");
+      add("vast-several-ads", elements[ads[1]].place,
+          "The document has " + std::to_string(ads.size()) +
+              " ads; this and any later one is never shown or pinged.");
     }
     bool hasImpression = false;
     for (std::size_t i = 0; i < elements.size(); ++i) {
       if (!vast_.isOfFirstAd(i)) continue;
       if (elements[i].name == "Wrapper" && elements[i].parent == ads.front()) {
-        findings_.add("vast-wrapper", place(elements[i]),
-                      "The ad is a wrapper, which is not followed; of its pings only those that "
-                      "stand here are sent.");
+        add("vast-wrapper", elements[i].place,
+            "The ad is a wrapper, which is not followed; of its pings only those that "
+            "stand here are sent.");
       }
       if (elements[i].name == "Impression" && vast_.eventOf(i)) hasImpression = true;
     }
     if (!hasImpression) {
-      findings_.add("impression-missing", place(elements[ads.front()]),
-                    "The ad has no Impression, so no impression is counted.");
+      add("impression-missing", elements[ads.front()].place,
+          "The ad has no Impression, so no impression is counted.");
     }
   }
 
@@ -118,17 +112,11 @@ class VastChecker {
     const bool isText =
         element.name == "AdTitle" || element.name == "AdSystem" || element.name == "Description";
     if (!isText || vast_.contextOf(index).region != VastRegion::ad) return;
-    const XMLPiece* kept = nullptr;
-    std::size_t filled = 0;
-    for (const auto& piece : element.pieces) {
-      if (piece.isBehindElement) continue;
-      kept = &piece;
-      if (!piece.isBlank()) ++filled;
-    }
-    if (filled == 0 || (filled == 1 && !kept->isBlank())) return;
-    findings_.add("text-pieces", place(element),
-                  "The text of " + element.name + " comes in pieces, and the last one, " +
-                      quoted(kept->text) + ", is all that is kept.");
+    const auto pieces = element.directPieces();
+    if (pieces.filled == 0 || pieces.isWhole()) return;
+    add("text-pieces", element.place,
+        "The text of " + element.name + " comes in pieces, and the last one, " +
+            quoted(pieces.last->text) + ", is all that is kept.");
   }
 
   const VastOutline& vast_;

@@ -9,16 +9,10 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
-#include "common/UTF8.h"
+#include "inspect/XMLLimits.h"
 
 namespace xel::inspect {
 namespace {
-
-// The library's own.
-constexpr std::size_t maxBytes = std::size_t{64} << 20;
-constexpr std::size_t maxDepth = 256;
-constexpr int maxAttributes = 256;
-constexpr std::size_t maxBytesOfNames = std::size_t{1} << 20;
 
 std::string_view viewOf(const xmlChar* text) {
   return text ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
@@ -66,48 +60,6 @@ class Places {
   std::vector<std::size_t> lines_;
 };
 
-/// Behind a section in which no tag stands; the same position where a tag stands.
-std::size_t behindSection(std::string_view text, std::size_t position) {
-  constexpr std::pair<std::string_view, std::string_view> sections[] = {
-      {"<![CDATA[", "]]>"}, {"<!--", "-->"}, {"<?", "?>"}};
-  for (const auto& [begin, end] : sections) {
-    if (text.substr(position).starts_with(begin))
-      return std::min(text.find(end, position), text.size());
-  }
-  return position;
-}
-
-bool hasTooManyAttributes(std::string_view tag) {
-  int attributes = 0;
-  char quote = 0;
-  for (const char c : tag) {
-    if (quote != 0) {
-      if (c == quote) quote = 0;
-    } else if (c == '"' || c == '\'') {
-      quote = c;
-    } else if (c == '>') {
-      break;
-    } else if (c == '=') {
-      ++attributes;
-    }
-  }
-  return attributes > maxAttributes;
-}
-
-/// The first tag with more attributes than the library reads; the end when there is none.
-std::size_t tagOverLimit(std::string_view text) {
-  auto position = text.find('<');
-  while (position != std::string_view::npos) {
-    const auto behind = behindSection(text, position);
-    const auto next = text.find('<', std::max(behind, position + 1));
-    if (behind == position && hasTooManyAttributes(text.substr(position, next - position))) {
-      return position;
-    }
-    position = next;
-  }
-  return text.size();
-}
-
 class Reader {
  public:
   explicit Reader(std::string_view text) : text_(text), places_(text) {}
@@ -116,9 +68,8 @@ class Reader {
     const auto whole = std::min(text_.size(), maxBytes);
     const auto length = tagOverLimit(text_.substr(0, whole));
     parse(length);
-    if (isTooDeep_) {
-      fail(offset(), "elements are nested deeper than " + std::to_string(maxDepth), true);
-    } else if (length < whole) {
+    if (isTooDeep_) return std::move(outline_);
+    if (length < whole) {
       fail(length, "an element has more than " + std::to_string(maxAttributes) + " attributes",
            true);
     } else if (length < text_.size()) {
@@ -177,6 +128,10 @@ class Reader {
     if (!error || !error->message) return fail(offset(), "it is not well-formed", false);
     std::string reason = error->message;
     reason.erase(reason.find_last_not_of(" \n") + 1);
+    // The parser calls this content behind the end, too.
+    if (error->code == XML_ERR_DOCUMENT_END && !open_.empty()) {
+      reason = "the text ends before </" + outline_.elements[open_.back()].name + ">";
+    }
     fail(offset(), std::move(reason), error->code == XML_ERR_NO_MEMORY);
     const auto line = static_cast<std::size_t>(std::max(error->line, 1));
     const auto column = static_cast<std::size_t>(std::max(error->int2, 1));
@@ -210,6 +165,8 @@ class Reader {
     open_.push_back(outline_.elements.size());
     outline_.elements.push_back(std::move(element));
     if (open_.size() <= maxDepth) return;
+    outline_.fault = XMLFault{outline_.elements.back().place,
+                              "elements are nested deeper than " + std::to_string(maxDepth), true};
     outline_.elements.pop_back();
     isTooDeep_ = true;
     xmlStopParser(context_);
@@ -282,6 +239,16 @@ std::optional<std::string_view> XMLElement::attribute(std::string_view wanted) c
     if (attributeName == wanted) return value;
   }
   return std::nullopt;
+}
+
+XMLElement::DirectPieces XMLElement::directPieces() const {
+  DirectPieces direct;
+  for (const auto& piece : pieces) {
+    if (piece.isBehindElement) break;
+    ++(piece.isBlank() ? direct.blank : direct.filled);
+    direct.last = &piece;
+  }
+  return direct;
 }
 
 XMLOutline XMLOutline::read(std::string_view text) {

@@ -39,7 +39,18 @@ struct XMLElement {
   bool hasElements = false;
   bool isClosed = false;
 
+  /// The pieces that stand before any nested element; only these count.
+  struct DirectPieces {
+    std::size_t blank = 0;
+    std::size_t filled = 0;
+    /// Null when there is none.
+    const XMLPiece* last = nullptr;
+    /// Whether what comes last is the whole text.
+    bool isWhole() const { return filled == 1 && !last->isBlank(); }
+  };
+
   std::optional<std::string_view> attribute(std::string_view wanted) const;
+  DirectPieces directPieces() const;
 };
 
 /// Where and why reading ended before the end.
