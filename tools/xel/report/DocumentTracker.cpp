@@ -15,6 +15,8 @@ namespace {
 
 /// A fault that a document has in every ad is told this often.
 constexpr std::size_t findingsOfRule = 50;
+/// The time that inspection takes grows with their square.
+constexpr std::size_t mostInspectedAds = 2000;
 constexpr auto unusableVast = "Its VAST holds no ad that can be used.";
 
 }  // namespace
@@ -27,13 +29,14 @@ void DocumentTracker::addStreamInitAnswer(std::string body) {
 
 void DocumentTracker::addDocument(std::string url, std::string body) {
   auto& last = lastDocuments_[std::move(url)];
-  if (body == last) return;
+  if (body == last.body) return;
   auto parsed = JSONValue::parse(body).value;
-  last = std::move(body);
+  last = {std::move(body)};
   if (!parsed.isObject()) return;
   current_ = std::move(parsed);
 
   auto document = StreamDocument::read(current_);
+  last.ads = document.ads.size();
   if (document.kind != StreamDocument::Kind::withoutEvents) kind_ = document.kind;
   for (auto& ad : document.ads) {
     const auto [entry, isNew] = promisedIndexes_.emplace(ad.key, promised_.size());
@@ -75,7 +78,16 @@ void DocumentTracker::addAdEvent() {
 void DocumentTracker::finish() {
   addMissingAds();
   if (!streamInitAnswer_.empty()) addFindings("answer to the stream request", streamInitAnswer_);
-  for (const auto& [url, body] : lastDocuments_) addFindings(url, body);
+  for (const auto& [url, document] : lastDocuments_) {
+    if (document.ads <= mostInspectedAds) {
+      addFindings(url, document.body);
+    } else {
+      report_.findings.push_back({.document = url,
+                                  .text = "It has " + std::to_string(document.ads) +
+                                          " ads, too many to inspect them here.",
+                                  .remedy = "Give the recording to xel inspect."});
+    }
+  }
   std::stable_sort(report_.findings.begin(), report_.findings.end(),
                    [](const Finding& a, const Finding& b) { return a.severity < b.severity; });
 }
@@ -138,31 +150,28 @@ DocumentTracker::Reason DocumentTracker::whyNoText(const PromisedAd& promised) c
   return {"Its start text was not delivered.", report_.missedSegments == 0};
 }
 
-void DocumentTracker::addFindings(const std::string& name, const std::string& text) {
-  const auto add = [&](Severity severity, std::string_view rule, std::string place,
-                       std::string sentence, std::string_view remedy) {
-    report_.findings.push_back({.severity = severity,
-                                .rule = std::string(rule),
-                                .document = name,
-                                .place = std::move(place),
-                                .text = std::move(sentence),
-                                .remedy = std::string(remedy)});
+void DocumentTracker::addFindings(const std::string& document, const std::string& text) {
+  const auto add = [&](Severity severity, std::string_view rule) -> Finding& {
+    return report_.findings.emplace_back(
+        Finding{.severity = severity, .rule = std::string(rule), .document = document});
   };
   try {
     std::map<std::string_view, std::size_t> counts;
     for (auto& finding : inspect::inspect(text).findings) {
       if (++counts[finding.rule] > findingsOfRule) continue;
-      add(finding.severity, finding.rule, std::move(finding.place), std::move(finding.text),
-          finding.remedy());
+      auto& added = add(finding.severity, finding.rule);
+      added.place = std::move(finding.place);
+      added.text = std::move(finding.text);
+      added.remedy = finding.remedy();
     }
     for (const auto& [rule, count] : counts) {
       if (count <= findingsOfRule) continue;
-      add(inspect::ruleTable[inspect::ruleIndex(rule)].severity, rule, {},
-          std::to_string(count - findingsOfRule) + " more like this.",
-          "See all of them with xel inspect.");
+      auto& added = add(inspect::ruleTable[inspect::ruleIndex(rule)].severity, rule);
+      added.text = std::to_string(count - findingsOfRule) + " more like this.";
+      added.remedy = "Give the recording to xel inspect to see them all.";
     }
   } catch (const std::runtime_error& error) {
-    add(Severity::error, {}, {}, error.what(), {});
+    add(Severity::error, {}).text = error.what();
   }
 }
 

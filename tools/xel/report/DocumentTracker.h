@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -53,7 +54,7 @@ class DocumentTracker {
   };
 
   void addMissingAds();
-  void addFindings(const std::string& name, const std::string& text);
+  void addFindings(const std::string& document, const std::string& text);
   Reason whyNotStarted(const PromisedAd& promised) const;
   Reason whyNotMet(std::int64_t second, double knownSince) const;
   Reason whyNoText(const PromisedAd& promised) const;
@@ -62,8 +63,12 @@ class DocumentTracker {
   const Moment& now_;
   std::optional<std::string> prerollManifest_;
   std::string streamInitAnswer_;
+  struct Document {
+    std::string body;
+    std::size_t ads = 0;
+  };
   /// By URL.
-  std::map<std::string, std::string> lastDocuments_;
+  std::map<std::string, Document> lastDocuments_;
   StreamDocument::Kind kind_ = StreamDocument::Kind::withoutEvents;
   JSONValue current_;
   std::vector<PromisedAd> promised_;

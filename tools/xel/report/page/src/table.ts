@@ -23,6 +23,7 @@ export class DataTable<Row> {
   private readonly range = element("span", { "aria-live": "polite" });
   private readonly previous = button("Previous", () => this.show(this.page - 1));
   private readonly next = button("Next", () => this.show(this.page + 1));
+  private readonly pages = element("div", { class: "pages" }, this.range, this.previous, this.next);
   private shown: Row[];
   private page = 0;
   private sortedBy: Column<Row> | undefined;
@@ -49,9 +50,8 @@ export class DataTable<Row> {
       element("thead", {}, element("tr", {}, ...this.headings)),
       this.body,
     );
-    const pages = element("div", { class: "pages" }, this.range, this.previous, this.next);
     const scroller = { class: "scroller", tabindex: "0", role: "region", "aria-label": caption };
-    this.element = element("div", { class: "table" }, element("div", scroller, table), pages);
+    this.element = element("div", { class: "table" }, element("div", scroller, table), this.pages);
     this.show(0);
   }
 
@@ -116,10 +116,10 @@ export class DataTable<Row> {
     }
     const total = this.shown.length;
     this.range.textContent =
-      total === 0 ? "" : `${number(first + 1)}–${number(first + rows.length)} of ${number(total)}`;
+      `${number(first + 1)}–${number(first + rows.length)} of ${number(total)}`;
     this.previous.disabled = page === 0;
     this.next.disabled = first + rowsOfPage >= total;
-    this.previous.hidden = this.next.hidden = total <= rowsOfPage;
+    this.pages.hidden = total <= rowsOfPage;
   }
 
   private line(row: Row): HTMLTableRowElement {

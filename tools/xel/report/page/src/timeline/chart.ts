@@ -29,8 +29,9 @@ const positionHeight = 110;
 const laneHeight = 24;
 const gap = 12;
 const sliderHeight = 58;
-/** From here on the marks of a series are drawn as one shape. */
-const manyMarks = 3000;
+const narrowWidth = 600;
+/** Points of one row and tone that are closer than this, in pixels, are drawn as one. */
+const closestPoints = 3;
 // The axis counts milliseconds.
 const perSecond = 1000;
 
@@ -44,8 +45,11 @@ const symbols: Record<Tone, { symbol: string; size: number }> = {
   content: { symbol: "circle", size: 6 },
   accepted: { symbol: "circle", size: 7 },
   failed: { symbol: "diamond", size: 13 },
-  unanswered: { symbol: "emptyRect", size: 9 },
+  unanswered: { symbol: "rect", size: 9 },
 };
+
+/** Those of points, the most important last, and so on top. */
+const pointTones: Tone[] = ["plain", "accepted", "unanswered", "failed"];
 
 /** Where a mark of the chart is found again: its lane and its index there. */
 type Place = [start: number, lane: number, index: number, end: number];
@@ -109,7 +113,8 @@ function barRenderer(lanes: Lane[]): CustomSeriesRenderItem {
 }
 
 /** Stretches of the session behind the playhead's path. */
-function bands(stretches: { start: number; end: number }[], fill: string) {
+function bands(id: string, stretches: { start: number; end: number }[]) {
+  const fill = color(`${id}-band`);
   const renderItem: CustomSeriesRenderItem = (params, api) => {
     const [left = 0] = api.coord([api.value(0), 0]);
     const [right = 0] = api.coord([api.value(1), 0]);
@@ -119,6 +124,7 @@ function bands(stretches: { start: number; end: number }[], fill: string) {
     return { type: "rect", shape, style: { fill } };
   };
   return {
+    id,
     type: "custom" as const,
     xAxisIndex: 0,
     yAxisIndex: 0,
@@ -130,36 +136,59 @@ function bands(stretches: { start: number; end: number }[], fill: string) {
   };
 }
 
-function seriesOfLanes(lanes: Lane[]) {
+/** The part of the session that is in view, in its seconds, and how wide it is in pixels. */
+export interface View {
+  from: number;
+  to: number;
+  width: number;
+}
+
+/** What can be told apart in a view: of a day's marks only so many as there is room for. */
+function placesInView(lanes: Lane[], { from, to, width }: View) {
+  const pixel = (to - from) / width;
   const bars: Place[] = [];
-  const points = new Map<Tone, Place[]>();
-  lanes.forEach((lane, row) =>
-    lane.marks.forEach((mark, index) => {
-      const isBar = mark.end !== undefined;
-      const list = isBar ? bars : (points.get(mark.tone) ?? []);
-      if (!isBar) points.set(mark.tone, list);
-      list.push([mark.start * perSecond, row, index, (mark.end ?? mark.start) * perSecond]);
-    }),
-  );
+  const points = new Map<Tone, Place[]>(pointTones.map((tone) => [tone, []]));
+  lanes.forEach((lane, row) => {
+    const drawnUntil = new Map<Tone, number>();
+    lane.marks.forEach(({ start, end, tone }, index) => {
+      const isBar = end !== undefined;
+      const last = end ?? start;
+      if (last < from || start > to) return;
+      if (last - (drawnUntil.get(tone) ?? -Infinity) < pixel * (isBar ? 1 : closestPoints)) return;
+      drawnUntil.set(tone, last);
+      (isBar ? bars : points.get(tone))?.push([start * perSecond, row, index, last * perSecond]);
+    });
+  });
+  return { bars, points };
+}
+
+/** The rows' marks as far as they are in view. */
+export function seriesOfLanes(lanes: Lane[], view: View) {
+  const { bars, points } = placesInView(lanes, view);
   const shared = { xAxisIndex: 1, yAxisIndex: 1, animation: false };
-  const order: Tone[] = ["plain", "accepted", "unanswered", "failed"];
-  return [
-    { ...shared, type: "custom" as const, data: bars, renderItem: barRenderer(lanes), clip: true },
-    ...order.map((tone, level) => ({
+  const scatter = pointTones.map((tone, level) => {
+    const isHollow = tone === "unanswered";
+    return {
       ...shared,
+      id: tone,
       type: "scatter" as const,
       data: points.get(tone) ?? [],
       dimensions: ["time", "lane", "index", "end"],
       encode: { x: 0, y: 1 },
       symbol: symbols[tone].symbol,
       symbolSize: symbols[tone].size,
-      itemStyle: { color: color(tone), opacity: 1 },
-      large: (points.get(tone)?.length ?? 0) > manyMarks,
-      largeThreshold: manyMarks,
+      itemStyle: {
+        color: color(isHollow ? "surface" : tone),
+        borderColor: color(tone),
+        borderWidth: isHollow ? 2 : 0,
+        opacity: 1,
+      },
       z: 3 + level,
       cursor: "pointer",
-    })),
-  ];
+    };
+  });
+  const renderItem = barRenderer(lanes);
+  return [{ ...shared, id: "bars", type: "custom" as const, data: bars, renderItem, clip: true }, ...scatter];
 }
 
 function seriesOfPosition(report: Report) {
@@ -181,30 +210,34 @@ function seriesOfPosition(report: Report) {
     animation: false,
   };
   return [
-    bands(report.breaks, color("break-band")),
-    bands(report.pauses, color("pause-band")),
-    { ...line, data: path, lineStyle: { color: color("position"), width: 2 } },
-    { ...line, data: jumps, lineStyle: { color: color("position"), width: 1, type: "dashed" as const } },
+    bands("break", report.breaks),
+    bands("pause", report.pauses),
+    { ...line, id: "path", data: path, lineStyle: { color: color("position"), width: 2 } },
+    { ...line, id: "jumps", data: jumps, lineStyle: { color: color("position"), width: 1, type: "dashed" as const } },
   ];
 }
 
-/** Seconds between two lines of the positions' scale: a step that clocks have, at most four times. */
-function positionStep(report: Report): number {
-  const highest = Math.max(...report.playhead.flat().map(([, position]) => position), 1);
+/** The positions' scale: from 0 in at most four steps that clocks have. */
+function positionScale(report: Report) {
+  let highest = 1;
+  for (const path of report.playhead) {
+    for (const [, position] of path) highest = Math.max(highest, position);
+  }
   const steps = [1, 5, 15, 30, 60, 300, 900, 1800, 3600, 3 * 3600, 6 * 3600];
-  return steps.find((step) => highest / step <= 4) ?? 24 * 3600;
+  const interval = steps.find((step) => highest / step <= 4) ?? 24 * 3600;
+  return { min: 0, max: Math.ceil(highest / interval) * interval, interval };
 }
 
 /** What the time line looks like in the present colours. */
 export function chartOption(
   report: Report,
   lanes: Lane[],
-  isNarrow: boolean,
+  view: View,
   tooltip: (lane: number, index: number) => HTMLElement,
 ): EChartsOption {
   const lines = { lineStyle: { color: color("rule") } };
   const labels = { color: color("muted"), fontSize: 11 };
-  const left = isNarrow ? 96 : 124;
+  const sides = { left: view.width < narrowWidth ? 118 : 124, right: 14, outerBoundsMode: "none" as const };
   const time = {
     type: "time" as const,
     min: 0,
@@ -221,8 +254,8 @@ export function chartOption(
     textStyle: { fontFamily: "system-ui, sans-serif" },
     axisPointer: { link: [{ xAxisIndex: "all" }], lineStyle: { color: color("muted") } },
     grid: [
-      { left, right: 12, top: gap, height: positionHeight },
-      { left, right: 12, top: lanesTop, height: lanes.length * laneHeight },
+      { ...sides, top: gap, height: positionHeight },
+      { ...sides, top: lanesTop, height: lanes.length * laneHeight },
     ],
     xAxis: [
       { ...time, gridIndex: 0, axisLabel: { show: false }, axisPointer: { show: true, label: { show: false } } },
@@ -240,8 +273,7 @@ export function chartOption(
       {
         type: "value",
         gridIndex: 0,
-        min: 0,
-        interval: positionStep(report),
+        ...positionScale(report),
         axisLabel: { ...labels, formatter: clock },
         splitLine: lines,
       },
@@ -286,7 +318,7 @@ export function chartOption(
         return tooltip(lane, index);
       },
     },
-    series: [...seriesOfPosition(report), ...seriesOfLanes(lanes)],
+    series: [...seriesOfPosition(report), ...seriesOfLanes(lanes, view)],
   };
 }
 

@@ -1,13 +1,21 @@
 import { button, element } from "../dom";
 import type { Ping, Report } from "../model";
 import { onThemeChange } from "../theme";
-import { chartHeight, chartOption, echarts, perSecond, placeOf, positionOf } from "./chart";
+import {
+  chartHeight,
+  chartOption,
+  echarts,
+  perSecond,
+  placeOf,
+  positionOf,
+  seriesOfLanes,
+  type View,
+} from "./chart";
 import { lanesOf, type Description, type Mark } from "./marks";
 
 const help =
   "With the time line in focus: left and right go from mark to mark, up and down from row to row, Home and End to the first " +
   "and the last mark. Plus and minus zoom, 0 shows everything.";
-const narrowWidth = 600;
 const zoomStep = 2;
 
 /** The session drawn over time, for the pointer and for the keyboard. */
@@ -19,6 +27,8 @@ export class Timeline {
   private readonly frame: HTMLElement;
   private readonly details = element("div", { class: "details", "aria-live": "polite" });
   private chart: echarts.ECharts | undefined;
+  /** What is in view, in seconds of the session. */
+  private window: [number, number];
   private lane = 0;
   private index = -1;
 
@@ -28,6 +38,7 @@ export class Timeline {
     private readonly showPing: (ping: Ping) => void,
   ) {
     this.lanes = lanesOf(report);
+    this.window = [0, this.duration];
     const helpText = element("p", { id: "timeline-help", class: "hint" }, help);
     this.frame = element(
       "div",
@@ -64,9 +75,8 @@ export class Timeline {
     const chart = echarts.init(this.canvas);
     this.chart = chart;
     const draw = () => {
-      const isNarrow = this.canvas.clientWidth < narrowWidth;
       const tip = (lane: number, index: number) => this.describe(lane, index, true);
-      chart.setOption(chartOption(this.report, this.lanes, isNarrow, tip));
+      chart.setOption(chartOption(this.report, this.lanes, this.view, tip));
     };
     draw();
     onThemeChange(draw);
@@ -75,7 +85,11 @@ export class Timeline {
       draw();
       this.placeCursor();
     }).observe(this.canvas);
-    chart.on("datazoom", () => this.placeCursor());
+    chart.on("datazoom", (event) => {
+      this.window = windowOf(event as ZoomEvent, this.duration);
+      chart.setOption({ series: seriesOfLanes(this.lanes, this.view) });
+      this.placeCursor();
+    });
     chart.on("mouseover", ({ value }) => {
       const { lane, index } = placeOf(value);
       this.showDetails(lane, index);
@@ -172,11 +186,9 @@ export class Timeline {
     if (mark.start > to) this.zoomTo(mark.start + margin - (to - from), mark.start + margin);
   }
 
-  /** What is in view, in seconds of the session. */
-  private get window(): [number, number] {
-    const option = this.chart?.getOption();
-    const [zoom] = (option?.["dataZoom"] ?? []) as { startValue: number; endValue: number }[];
-    return zoom ? [zoom.startValue / perSecond, zoom.endValue / perSecond] : [0, this.duration];
+  private get view(): View {
+    const [from, to] = this.window;
+    return { from, to, width: this.canvas.clientWidth };
   }
 
   private zoomBy(factor: number): void {
@@ -219,6 +231,17 @@ export class Timeline {
     const link = ping && !isTip ? button("Show in the table", () => this.showPing(ping)) : undefined;
     return element("div", { class: "description" }, ...descriptionNodes(description, link));
   }
+}
+
+/** What the chart says of a zoom: milliseconds or, from the mouse and the slider, per cent. */
+type ZoomEvent = { batch?: ZoomEvent[]; startValue?: number; endValue?: number; start?: number; end?: number };
+
+function windowOf(event: ZoomEvent, duration: number): [number, number] {
+  const { start = 0, end = 100, startValue, endValue } = event.batch?.[0] ?? event;
+  if (startValue !== undefined && endValue !== undefined) {
+    return [startValue / perSecond, endValue / perSecond];
+  }
+  return [(start / 100) * duration, (end / 100) * duration];
 }
 
 const revealedSeconds = 60;
