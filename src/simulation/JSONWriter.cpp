@@ -10,6 +10,12 @@
 #include "simulation/UTF8.h"
 
 namespace xel::simulation {
+namespace {
+
+/// Most of a session's texts need no escapes, and long sessions have millions of them.
+bool isPlain(char c) { return c >= ' ' && c < '\x7F' && c != '"' && c != '\\'; }
+
+}  // namespace
 JSONWriter& JSONWriter::name(std::string_view name) {
   separate();
   quote(name);
@@ -162,7 +168,11 @@ void JSONWriter::separate() {
 }
 
 void JSONWriter::quote(std::string_view text) {
-  text_ += boost::json::serialize(boost::json::string_view(withValidUTF8(text)));
+  if (std::all_of(text.begin(), text.end(), isPlain)) {
+    text_.append(1, '"').append(text).append(1, '"');
+  } else {
+    text_ += boost::json::serialize(boost::json::string_view(withValidUTF8(text)));
+  }
 }
 
 }  // namespace xel::simulation

@@ -57,10 +57,10 @@ class XEL_EXPORT TraceRecorder final {
 
   /// The platform to install. All members must be present.
   Platform record(Platform platform);
-  /// The display for the manager. Never null; becomes the display's delegate.
+  /// The display for the manager; becomes the delegate of the display given. Neither is null.
   std::shared_ptr<XELVideoDisplay> record(std::shared_ptr<XELVideoDisplay> display);
-  /// The delegate for the manager, which does not keep it alive: the recorder does. Calls are
-  /// recorded whether or not the host's own delegate still lives.
+  /// The delegate for the manager. The recorder keeps it alive, so let go of the recorder only when
+  /// you need no more calls. They are recorded whether or not the host's own delegate still lives.
   std::weak_ptr<XELStreamManagerDelegate> record(std::weak_ptr<XELStreamManagerDelegate> host);
 
   /// Writes the first line. Call it once, right before the request is made; what happens earlier is
@@ -80,7 +80,7 @@ class XEL_EXPORT TraceRecorder final {
   void noteResume();
   /// Live segments passed by unseen.
   void noteMissed(std::uint64_t segments);
-  /// The host's own end of the session.
+  /// The session is over, with what the host counts as its exit status. Nothing more is recorded.
   void noteEnd(int exitStatus);
 
  private:

@@ -125,6 +125,7 @@ void TraceRecorder::noteMissed(std::uint64_t segments) {
 
 void TraceRecorder::noteEnd(int exitStatus) {
   state_->writer->note("end", [&](JSONWriter& line) { line.member("exitStatus", exitStatus); });
+  state_->writer->end();
 }
 
 }  // namespace xel::simulation

@@ -104,7 +104,7 @@ void TraceWriter::begin(const std::shared_ptr<XELStreamRequest>& request) {
   const auto& [http, loop, environment, log, services] = Platform::current();
   if (request) addSecrets(redactor_, *request);
   redactor_.addSecret(environment->advertisingIdentifier());
-  redactor_.keepInURLs("t." + environment->libraryVersion().value_or(""));
+  if (const auto version = environment->libraryVersion()) redactor_.keepInURLs("t." + *version);
   for (const auto& domain : services.measurementDomains) redactor_.keepInURLs(domain);
 
   auto line = makeLine();

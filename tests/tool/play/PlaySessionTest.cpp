@@ -1,4 +1,5 @@
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <variant>
@@ -41,7 +42,8 @@ class EventNames final : public PlayView {
 
 class PlaySessionTest : public testing::Test {
  protected:
-  void play(std::shared_ptr<XELStreamRequest> request) {
+  void play(std::shared_ptr<XELStreamRequest> request,
+            const std::shared_ptr<simulation::TraceRecorder>& recorder = nullptr) {
     isOver = false;
     session = std::make_shared<PlaySession>(view, std::vector{4.0}, [this] { isOver = true; });
     const auto now = [this] { return platform.loop().now(); };
@@ -49,10 +51,10 @@ class PlaySessionTest : public testing::Test {
     auto observed = Platform::current();
     const auto observing = std::make_shared<ObservingHTTPClient>(observed.http, session, now);
     observed.http = observing;
-    installed_ = std::make_unique<ScopedPlatform>(observed);
+    installed_ = std::make_unique<ScopedPlatform>(recorder ? recorder->record(observed) : observed);
     session->start(
         std::make_shared<ClockDisplay>(observing, observed.mainRunLoop, now, std::nullopt), {},
-        observing, std::move(request));
+        observing, std::move(request), recorder);
     platform.loop().runUntilIdle();
   }
   std::string shownNext() { return std::exchange(view->shown, {}); }
@@ -154,6 +156,26 @@ TEST_F(PlaySessionTest, AbandonedItEndsOnceAndAtOnce) {
   platform.loop().advance(60);
   EXPECT_FALSE(isOver);
   EXPECT_EQ(session->exitStatus(), 130);
+}
+
+TEST_F(PlaySessionTest, IsRecordedButForWhatThePlayerFetches) {
+  const auto answer = StreamInitAnswerBuilder::vod();
+  server.answer(vodURL, {200, answer.build()});
+  server.answer(*answer.timeEventsURL,
+                {200, StreamInfoBuilder::vod().addBreak("b", 2).addAd("k", 4).build()});
+  server.answer(*answer.manifest, {200, "#EXTM3U\n#EXTINF:8,\na\n#EXT-X-ENDLIST\n"});
+  std::string trace;
+  play(vod, std::make_shared<simulation::TraceRecorder>(
+                [&trace](std::string_view line) { trace += line; }));
+  ASSERT_TRUE(isOver);
+  EXPECT_EQ(trace.find("EXTM3U"), std::string::npos);
+  for (const auto* line : {"\"kind\":\"release\"}", "\"kind\":\"end\",\"exitStatus\":0}"}) {
+    EXPECT_NE(trace.find(line), std::string::npos) << trace;
+  }
+  std::istringstream in(trace);
+  const auto replayed = simulation::replayTrace(in);
+  EXPECT_TRUE(replayed.isIdentical());
+  EXPECT_EQ(replayed.pings, server.pings().size());
 }
 
 }  // namespace
