@@ -26,6 +26,7 @@ constexpr auto examplesAndExitStatuses =
     "Examples:\n"
     "  xel serve\n"
     "  xel play live --asset-key news --server localhost:8443 --ca-file ca.pem\n"
+    "  xel inspect ad.xml\n"
     "  xel play --help\n\n"
     "Exit status:\n"
     "  0  all is well\n"
@@ -39,12 +40,14 @@ std::string commandText(const CLI::App& app) {
   return text;
 }
 
-/// "play or serve", where one of these commands is missing; empty where none is.
+/// "play, simulate or serve", where one of these commands is missing; empty where none is.
 std::string missingCommand(const CLI::App& app) {
   for (const auto* command : app.get_subcommands()) return missingCommand(*command);
   std::string names;
-  for (const auto* command : xel::manual::commandsOf(app)) {
-    names += (names.empty() ? "" : " or ") + command->get_name();
+  const auto commands = xel::manual::commandsOf(app);
+  for (const auto* command : commands) {
+    const auto* const before = names.empty() ? "" : command == commands.back() ? " or " : ", ";
+    names += before + command->get_name();
   }
   return names;
 }
@@ -63,7 +66,8 @@ std::string usageText(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 int run(int argc, char** argv) {
-  CLI::App app("Plays ad-inserted streams, and serves some to play.", "xel");
+  CLI::App app("Plays ad-inserted streams, shows what happens in them, and serves some to play",
+               "xel");
   app.require_subcommand(1);
   app.formatter(std::make_shared<xel::manual::HelpFormatter>());
   app.footer(examplesAndExitStatuses);

@@ -1,8 +1,6 @@
 #include "common/Progress.h"
 
 #include <cstdlib>
-#include <string_view>
-#include <utility>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -29,7 +27,7 @@ std::size_t columnsOf(std::FILE* terminal) {
 
 }  // namespace
 
-Progress::Progress(std::string work, std::FILE* terminal)
+Progress::Progress(std::string_view work, std::FILE* terminal)
     : work_(printable(work)), terminal_(isTerminal(terminal) ? terminal : nullptr) {}
 
 Progress::~Progress() {

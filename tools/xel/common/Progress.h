@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace xel {
 
@@ -15,7 +16,7 @@ namespace xel {
 class Progress {
  public:
   /// @param work what is being done, such as "making media".
-  explicit Progress(std::string work, std::FILE* terminal = stderr);
+  explicit Progress(std::string_view work, std::FILE* terminal = stderr);
   /// Takes the line away.
   ~Progress();
   Progress(const Progress&) = delete;

@@ -99,7 +99,7 @@ class Gatherer {
       if (option.isPositional) continue;
       for (const auto& name : option.names) {
         names.push_back(name);
-        gatherValue(option, path + " " + name);
+        gatherValue(option, path, name);
       }
     }
     names_ += branch({path}, "words='" + joined(names) + "'");
@@ -115,8 +115,9 @@ class Gatherer {
     if (!commands.empty()) next_ += branch({path}, "words='" + joined(commands) + "'");
   }
 
-  void gatherValue(const OptionText& option, const std::string& path) {
+  void gatherValue(const OptionText& option, const std::string& command, const std::string& name) {
     if (option.value == ValueKind::none) return;
+    const auto path = command + " " + name;
     options_.push_back(path);
     if (option.value == ValueKind::choice) {
       values_ += branch({path}, "words='" + joined(option.choices) + "'");

@@ -6,11 +6,13 @@
 
 namespace xel::manual {
 
-/// Writes help with the same texts for options as the manual pages.
+/// Writes help with the same texts for options as the manual pages, and with one line for each
+/// command below.
 class HelpFormatter final : public CLI::Formatter {
  public:
   std::string make_option_opts(const CLI::Option* option) const override;
   std::string make_option_desc(const CLI::Option* option) const override;
+  std::string make_subcommand(const CLI::App* command) const override;
 };
 
 }  // namespace xel::manual

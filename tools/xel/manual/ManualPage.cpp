@@ -39,10 +39,9 @@ std::string upperCased(std::string text) {
   return text;
 }
 
-std::string summaryOf(const CLI::App& command) {
-  auto summary = command.get_description();
-  summary.resize(std::min(summary.find('\n'), summary.size()));
-  if (summary.ends_with('.')) summary.pop_back();
+/// The summary as part of a line; a name that it begins with keeps its case.
+std::string phraseOf(const CLI::App& command) {
+  auto summary = summaryOf(command);
   const bool isWord = summary.size() > 1 && std::islower(static_cast<unsigned char>(summary[1]));
   if (isWord) summary[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(summary[0])));
   return summary;
@@ -197,15 +196,15 @@ void writeCommands(const std::vector<const CLI::App*>& commands, bool havePages,
   if (commands.empty()) return;
   page += ".SH COMMANDS\n";
   for (const auto* each : commands) {
-    page += ".TP\n" + bold(each->get_name()) + "\n" + escaped(summaryOf(*each));
+    page += ".TP\n" + bold(each->get_name()) + "\n" + escaped(phraseOf(*each));
     page += havePages ? "; see " + bold("xel-" + each->get_name()) + "(1)\n" : "\n";
   }
 }
 
 std::string headOf(const std::string& name, const CLI::App& command, const std::string& version) {
   return ".TH " + escaped(upperCased(name)) + " 1 \"\" \"xel " + escaped(version) +
-         "\" \"User Commands\"\n.SH NAME\n" + escaped(name) + " \\- " +
-         escaped(summaryOf(command)) + "\n.SH SYNOPSIS\n";
+         "\" \"User Commands\"\n.SH NAME\n" + escaped(name) + " \\- " + escaped(phraseOf(command)) +
+         "\n.SH SYNOPSIS\n";
 }
 
 ManualPage pageOf(const CLI::App& program, const CLI::App& command, const std::string& version) {
@@ -220,8 +219,8 @@ ManualPage pageOf(const CLI::App& program, const CLI::App& command, const std::s
   page.text += ".SH DESCRIPTION\n";
   ProseWriter prose(page.text);
   const auto description = command.get_description();
-  prose.write(description + (description.ends_with('.') ? "\n\n" : ".\n\n") +
-              footer.substr(0, start));
+  const auto details = description.substr(std::min(description.find('\n'), description.size()));
+  prose.write(summaryOf(command) + "." + details + "\n\n" + footer.substr(0, start));
   writeCommands(commandsOf(command), false, page.text);
   writeOptions(command, path, page.text);
   prose.write(footer.substr(start));

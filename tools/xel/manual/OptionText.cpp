@@ -86,6 +86,13 @@ OptionText::OptionText(const CLI::Option& option)
   }
 }
 
+std::string summaryOf(const CLI::App& command) {
+  auto summary = command.get_description();
+  summary.resize(std::min(summary.find('\n'), summary.size()));
+  if (summary.ends_with('.')) summary.pop_back();
+  return summary;
+}
+
 std::vector<OptionText> optionsOf(const CLI::App& command) {
   std::vector<OptionText> options;
   for (const auto* option : command.get_options()) {

@@ -31,6 +31,8 @@ struct OptionText {
   bool isRepeatable = false;
 };
 
+/// The first line of a command's description, without a full stop.
+std::string summaryOf(const CLI::App& command);
 /// The options of a command that are not hidden, in the order of its help.
 std::vector<OptionText> optionsOf(const CLI::App& command);
 /// The commands below it that are not hidden.

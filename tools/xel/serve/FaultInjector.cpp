@@ -37,7 +37,7 @@ bool hasLeft(const Request& request) {
 /// Ends the connection with a TCP reset, which is what Linux makes of a connection to nowhere.
 void reset(const Request& request, Response& response) {
   const sockaddr nowhere = {.sa_family = AF_UNSPEC, .sa_data = {}};
-  connect(socketOf(request), &nowhere, sizeof nowhere);
+  static_cast<void>(connect(socketOf(request), &nowhere, sizeof nowhere));
   response = Response();
   response.status = noAnswer;
 }
