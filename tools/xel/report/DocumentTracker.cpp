@@ -22,8 +22,8 @@ constexpr auto unusableVast = "Its VAST holds no ad that can be used.";
 }  // namespace
 
 void DocumentTracker::addStreamInitAnswer(std::string body) {
-  const auto preroll = JSONValue::parse(body).value["preroll_manifest"].text();
-  if (preroll) prerollManifest_ = std::string(*preroll);
+  const auto answer = JSONValue::parse(body).value;
+  if (const auto url = answer["preroll_manifest"].text()) prerollManifest_ = std::string(*url);
   streamInitAnswer_ = std::move(body);
 }
 

@@ -81,12 +81,10 @@ void addAds(const Report& report, LossList& losses) {
 
 void addEvents(const Report& report, LossList& losses) {
   for (const auto& event : report.events) {
-    if (!event.isFailure) continue;
+    if (!event.isFailure || event.name == "missed segments") continue;
     Loss loss = {.why = event.detail, .time = event.time, .position = event.position};
     if (event.row == Event::Row::documents) {
       loss.what = event.name == "document" ? "Document was not fetched" : "Stream request failed";
-    } else if (event.name == "missed segments") {
-      continue;
     } else if (event.name == "log") {
       loss.severity = Severity::warning;
       loss.what = "The library logged a fault";
