@@ -65,10 +65,11 @@ void addBreak(const XELAd& ad, bool hasTimes, TextPage& page) {
 }
 
 std::string whenText(const AdEvent& event, bool isInStream) {
-  std::vector<std::string> times;
+  std::vector<std::string> times, tags;
   for (const auto second : event.seconds) times.push_back(clockText(second));
-  for (const auto& tag : event.tags) times.push_back("tag " + quoted(tag));
+  for (const auto& tag : event.tags) tags.push_back("tag " + quoted(tag));
   if (!times.empty()) return " at " + listed(times);
+  if (!tags.empty()) return " by " + listed(tags);
   return isInStream ? ", which nothing reports" : "";
 }
 
@@ -111,7 +112,7 @@ void addAds(const Inspection& inspection, TextPage& page) {
     const auto started = view.playThrough ? view.playThrough->ads[i] : nullptr;
     page.heading(isInStream ? "Ad " + quoted(view.document.ads[i].key) : "Ad");
     if (!ad) {
-      page.line(2, "never starts: its VAST document gives no ad");
+      page.line(2, "never starts: there is no VAST document that gives an ad");
       continue;
     }
     if (isInStream && !isReported) page.line(2, "never starts: nothing reports its start");

@@ -76,9 +76,9 @@ void checkAnswer(const JSONValue& answer, const AnswerView& view, Findings& find
                      ", so nothing is played: \"Stream initialized with invalid stream type\".");
   }
   if (type == "live" && answer["polling_frequency"].number().value_or(1) <= 0) {
-    findings.add(
-        "polling-frequency", "$.polling_frequency",
-        "The document is polled every " + numberText(view.pollingPeriod.value_or(10)) + " s.");
+    findings.add("polling-frequency", "$.polling_frequency",
+                 "The polling frequency is not above 0, so the document is polled every " +
+                     numberText(view.pollingPeriod.value_or(10)) + " s.");
   }
   checkManifestURL(answer, "stream_manifest", findings);
   checkSubtitles(answer, findings);

@@ -143,8 +143,9 @@ class EventChecker {
     findings_.add("event-missing", ad.path,
                   "Nothing reports the ad's " + listed(missing) +
                       ", so the host does not hear of " + (missing.size() == 1 ? "it" : "them") +
-                      " and " + counted(static_cast<std::size_t>(unsent), "ping") +
-                      (unsent == 1 ? " is not sent." : " are not sent."));
+                      (unsent == 0 ? std::string(".")
+                                   : ", and " + counted(static_cast<std::size_t>(unsent), "ping") +
+                                         (unsent == 1 ? " is not sent." : " are not sent.")));
   }
 
   const ClientView& view_;

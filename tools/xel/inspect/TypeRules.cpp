@@ -51,8 +51,8 @@ class TypeChecker {
   void check(const JSONValue& value, const std::string& path, Type type) {
     if (!isOf(type, value)) {
       findings_.add("wrong-type", path,
-                    "Here stands " + quoted(value.serialize()) + ", which is not " + nameOf(type) +
-                        "; it counts as missing.");
+                    "Here stands " + shortened(value.serialize()) + ", which is not " +
+                        nameOf(type) + "; it counts as missing.");
     } else if (type == Type::integer && std::trunc(*value.number()) != *value.number()) {
       findings_.add(
           "number-fraction", path,

@@ -8,11 +8,15 @@
 
 namespace xel::inspect {
 
-std::string quoted(std::string_view text) {
+std::string shortened(std::string_view text) {
   constexpr std::size_t longest = 80;
-  const auto clean = printable(text.size() > longest ? text.substr(0, longest) : text);
-  return '"' + clean + (text.size() > longest ? "…\"" : "\"");
+  if (text.size() <= longest) return printable(text);
+  auto length = longest;
+  while ((static_cast<unsigned char>(text[length]) & 0xC0) == 0x80 && length > 0) --length;
+  return printable(text.substr(0, length)) + "…";
 }
+
+std::string quoted(std::string_view text) { return '"' + shortened(text) + '"'; }
 
 std::string counted(std::size_t count, const std::string& thing) {
   return std::to_string(count) + ' ' + thing + (count == 1 ? "" : "s");

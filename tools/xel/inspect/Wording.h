@@ -7,7 +7,9 @@
 
 namespace xel::inspect {
 
-/// In double quotes, safe for a terminal, long texts cut off.
+/// Safe for a terminal, long texts cut off.
+std::string shortened(std::string_view text);
+/// The same in double quotes.
 std::string quoted(std::string_view text);
 /// "1 ad", "2 ads".
 std::string counted(std::size_t count, const std::string& thing);
