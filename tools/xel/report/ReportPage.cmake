@@ -41,7 +41,7 @@ add_custom_command(
 add_custom_target(xel_report_page DEPENDS "${xel_report_page}")
 add_dependencies(xel_tool_core xel_report_page)
 target_sources(xel_tool_core PRIVATE report/ReportFile.cpp report/ReportPage.cpp)
-target_compile_definitions(xel_tool_core PRIVATE XEL_HAS_REPORT)
+set_source_files_properties(report/ReportCommand.cpp PROPERTIES COMPILE_DEFINITIONS XEL_HAS_REPORT)
 set_source_files_properties(report/ReportPage.cpp PROPERTIES
                             OBJECT_DEPENDS "${xel_report_page}"
                             COMPILE_DEFINITIONS "XEL_REPORT_PAGE=\"${xel_report_page}\"")
