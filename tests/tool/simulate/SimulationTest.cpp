@@ -35,6 +35,7 @@ Missed missed(const Simulation& simulation) {
 }
 
 struct NullOutput final : SimulationView {
+  bool wantsCountdowns() const override { return true; }
   void show(double, double, const PlayEvent&) override {}
   void remark(double, double, const std::string&, const std::string&) override {}
 };
@@ -109,6 +110,35 @@ TEST(SimulatedVODStream, EndsAnOverrunningBreakBeforeItsComplete) {
   EXPECT_EQ(missed(simulation), (Missed{{"45 complete one", "overrun"}}));
 }
 
+TEST(SimulatedLiveStream, TakesEachDocumentAsTheLibraryDoes) {
+  const std::string ads =
+      R"({"breaks":{"b":{"ads":2,"duration":30}},"ads":{"a":{"break":"b","duration":10}},)";
+  const TemporaryFolder folder;
+  const auto write = [&folder](const char* name, const std::string& text) {
+    std::ofstream(folder.path() / name) << text;
+    return (folder.path() / name).string();
+  };
+  auto whole = simulation::StreamInfoBuilder::live();
+  whole.addBreak("b", 10).addAd("a", 10).addAd("c", 20);
+  auto text = whole.build();
+  const auto startOfC = whole.events()[5].text;
+  write("next.json", text);
+  const auto script = write("script",
+                            "document after 0\nplay 1\ntext S\ndocument is next.json\nplay 10\n"
+                            "text " +
+                                whole.events()[0].text + "\ntext " + startOfC + "\nplay 5\n");
+  const std::string first = ads + R"("tags":{"S":{"type":"start","ad":"a"},")" + startOfC +
+                            R"(":{"type":"start","ad":"a"}}})";
+  NullOutput output;
+  Simulation simulation(first, {.isLive = true}, output);
+  simulation.run(stepsOfScript(script, first));
+  const auto notFired = missed(simulation);
+  EXPECT_EQ(notFired.at("S start a"), "no-vast");
+  EXPECT_EQ(notFired.at(whole.events()[0].text + " start a"), "already-started");
+  EXPECT_EQ(notFired.at(startOfC + " start a"), "not-reached") << "the next document had another";
+  EXPECT_FALSE(notFired.contains(startOfC + " start c"));
+}
+
 TEST(SimulatedLiveStream, PlaysItsTextsAndSaysWhichCameBeforeTheirDocument) {
   const auto document = twoAds(simulation::StreamInfoBuilder::live());
   NullOutput output;
@@ -121,7 +151,7 @@ TEST(SimulatedLiveStream, PlaysItsTextsAndSaysWhichCameBeforeTheirDocument) {
 
   // Without a first document; the second poll brings it after the first ad has started.
   const TemporaryFolder folder;
-  const auto file = (std::filesystem::path(folder.path()) / "script").string();
+  const auto file = (folder.path() / "script").string();
   std::ofstream(file) << "# late\ndocument fails\nplay 5\ndocument answers\n  tick 0.5\nplay to 6\n"
                       << "text " << document.events()[0].text << "\ntext nobody's\npause 5\n"
                       << "text " << document.events()[5].text
@@ -138,7 +168,7 @@ TEST(SimulatedLiveStream, PlaysItsTextsAndSaysWhichCameBeforeTheirDocument) {
 
 TEST(SimulationScript, NamesTheLineThatItCannotRead) {
   const TemporaryFolder folder;
-  const auto file = (std::filesystem::path(folder.path()) / "script").string();
+  const auto file = (folder.path() / "script").string();
   for (const char* line : {"wind 3", "play", "play -1", "tick 0", "document is none.json",
                            "document status 99", "document", "seek to 3", "pause x"}) {
     std::ofstream(file) << "play 1\n" << line << '\n';

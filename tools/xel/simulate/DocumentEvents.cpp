@@ -16,42 +16,41 @@ std::string quoted(const std::string& text) { return '"' + printable(text) + '"'
 
 }  // namespace
 
-void DocumentEvents::documentKnown(const StreamDocument& document) {
-  const auto add = [this](DocumentEvent event, std::size_t occurrence) {
-    auto& known = indexes_[event.under];
-    if (occurrence < known.size()) return;
-    known.push_back(events_.size());
-    events_.push_back(std::move(event));
+void DocumentEvents::add(const StreamDocument& document) {
+  std::map<Identity, std::size_t> seen;
+  const auto addEvent = [&](const std::string& under, std::optional<std::int64_t> second,
+                            const StreamDocument::Event& event) {
+    Identity identity{under, event.type, event.adKey, 0};
+    std::get<std::size_t>(identity) = seen[identity]++;
+    const auto [index, isNew] = indexes_.try_emplace(std::move(identity), events_.size());
+    if (isNew) {
+      events_.push_back(
+          {.under = under, .second = second, .type = event.type, .adKey = event.adKey});
+    }
+    present_[under].push_back(index->second);
   };
-  for (const auto& [text, event] : isLive_ ? document.tags : std::vector<StreamDocument::Tag>()) {
-    add({.under = text, .type = event.type, .adKey = event.adKey}, 0);
-  }
-  for (const auto& [key, path, second, events] :
-       isLive_ ? std::vector<StreamDocument::Second>() : document.seconds) {
-    for (std::size_t i = 0; i < events.size(); ++i) {
-      add({.under = key, .second = second, .type = events[i].type, .adKey = events[i].adKey}, i);
+  if (isLive_) {
+    for (const auto& [text, event] : document.tags) addEvent(text, std::nullopt, event);
+  } else {
+    for (const auto& second : document.seconds) {
+      for (const auto& event : second.events) addEvent(second.key, second.second, event);
     }
   }
 }
 
 void DocumentEvents::documentArrived(const StreamDocument& document) {
-  documentKnown(document);
   hasDocument_ = true;
   present_.clear();
-  for (const auto& tag : document.tags) present_.insert(tag.text);
-  for (const auto& second : document.seconds) present_.insert(second.key);
-  knownAds_.clear();
-  adsWithVast_.clear();
-  for (const auto& ad : document.ads) {
-    knownAds_.insert(ad.key);
-    if (ad.vast && !ad.vast->empty()) adsWithVast_.insert(ad.key);
-  }
+  add(document);
+  hasVast_.clear();
+  for (const auto& ad : document.ads) hasVast_[ad.key] = ad.vast && !ad.vast->empty();
 }
 
 void DocumentEvents::beginProgress(double time) {
+  hasCompletedNow_ = false;
   const auto second = static_cast<std::int64_t>(std::floor(time));
   if (!isLive_ && second != lastSecond_) {
-    jump(lastSecond_, second, time);
+    jump(second, time);
     lastSecond_ = second;
     meet(std::to_string(second));
   }
@@ -59,19 +58,20 @@ void DocumentEvents::beginProgress(double time) {
 }
 
 void DocumentEvents::beginText(const std::string& text) {
+  hasCompletedNow_ = false;
   if (!isLive_) return;
   if (!present_.contains(text)) textsWithoutEvent_.push_back(text);
   meet(text);
 }
 
 void DocumentEvents::meet(const std::string& under) {
-  const auto found = indexes_.find(under);
-  if (found != indexes_.end() && present_.contains(under)) met_ = found->second;
+  if (const auto found = present_.find(under); found != present_.end()) met_ = found->second;
 }
 
-void DocumentEvents::jump(std::int64_t from, std::int64_t to, double time) {
+void DocumentEvents::jump(std::int64_t to, double time) {
+  if (to <= lastSecond_ + 1) return;
   for (auto& event : events_) {
-    const bool isBetween = event.second && *event.second > from && *event.second < to;
+    const bool isBetween = event.second && *event.second > lastSecond_ && *event.second < to;
     const bool wasMet = event.reason != "not-reached" && event.reason != "jumped-over";
     if (!isBetween || event.hasFired || wasMet) continue;
     event.reason = "jumped-over";
@@ -82,10 +82,12 @@ void DocumentEvents::jump(std::int64_t from, std::int64_t to, double time) {
 
 void DocumentEvents::adEvent(std::string_view type, const std::string& adKey) {
   if (type == "start") {
-    started_.insert(adKey);
+    leave("not-current", "another ad, " + quoted(adKey) + ", had started");
+    requested_.insert(adKey);
+    left_.erase(adKey);
     currentAd_ = adKey;
   }
-  if (type == "complete") completed_.insert(adKey);
+  hasCompletedNow_ = hasCompletedNow_ || type == "complete";
   for (const auto index : met_) {
     auto& event = events_[index];
     if (event.hasFired || event.type != type || event.adKey != adKey) continue;
@@ -95,7 +97,15 @@ void DocumentEvents::adEvent(std::string_view type, const std::string& adKey) {
 }
 
 void DocumentEvents::breakEnded() {
-  if (!completed_.contains(currentAd_)) overrun_.insert(currentAd_);
+  if (hasCompletedNow_) {
+    leave("completed", "the ad had completed and ended its break");
+  } else {
+    leave("overrun", "ad or break had overrun by a second, which ended the break");
+  }
+}
+
+void DocumentEvents::leave(std::string_view reason, std::string explanation) {
+  if (!currentAd_.empty()) left_[currentAd_] = {reason, std::move(explanation)};
   currentAd_.clear();
 }
 
@@ -107,47 +117,50 @@ void DocumentEvents::end() {
 }
 
 void DocumentEvents::explain(DocumentEvent& event) {
-  const auto say = [&event](std::string_view reason, std::string explanation) {
-    event.reason = reason;
-    event.explanation = std::move(explanation);
-  };
   if (std::find(eventNames.begin(), eventNames.end(), event.type) == eventNames.end()) {
-    return say("unknown-event", "no event has this name");
+    event.reason = "unknown-event";
+    event.explanation = "no event has this name";
+  } else if (event.adKey.empty()) {
+    event.reason = "no-ad";
+    event.explanation = "it names no ad";
+  } else if (event.type == "start") {
+    explainStart(event);
+  } else if (const auto left = left_.find(event.adKey); left != left_.end()) {
+    std::tie(event.reason, event.explanation) = left->second;
+  } else {
+    event.reason = "not-started";
+    event.explanation = "the ad had not started, so it was not current";
   }
-  if (event.adKey.empty()) return say("no-ad", "it names no ad");
-  if (event.type == "start") {
-    if (started_.contains(event.adKey)) {
-      return say("already-started", "the ad had been started before, and an ad starts once");
-    }
-    currentAd_.clear();
-    if (!knownAds_.contains(event.adKey)) return say("unknown-ad", "the document has no such ad");
-    const bool hasVast = adsWithVast_.contains(event.adKey);
-    return say("no-vast", hasVast ? "the ad's VAST gives no ad" : "the ad has no VAST");
+}
+
+void DocumentEvents::explainStart(DocumentEvent& event) {
+  if (!requested_.insert(event.adKey).second) {
+    event.reason = "already-started";
+    event.explanation = "the ad's start had been met before, and an ad starts once";
+    return;
   }
-  if (!started_.contains(event.adKey)) {
-    return say("not-started", "the ad had not started, so it was not current");
+  leave("not-current", "the start of " + quoted(event.adKey) + ", which gave no ad, had ended it");
+  if (const auto ad = hasVast_.find(event.adKey); ad == hasVast_.end()) {
+    event.reason = "unknown-ad";
+    event.explanation = "the document has no such ad";
+  } else {
+    event.reason = "no-vast";
+    event.explanation = ad->second ? "the ad's VAST gives no ad" : "the ad has no VAST";
   }
-  if (overrun_.contains(event.adKey)) {
-    return say("overrun", "the break had overrun by a second, which ended it before");
-  }
-  if (completed_.contains(event.adKey)) {
-    return say("completed", "the ad had completed, so it was not current any more");
-  }
-  say("not-current", currentAd_.empty() ? "the ad was not current any more"
-                                        : "the ad was not current: " + quoted(currentAd_) + " was");
 }
 
 std::vector<DocumentEvent> DocumentEvents::all() const {
-  auto events = events_;
-  for (auto& event : events) {
+  auto known = *this;
+  if (!hasDocument_) known.add(given_);
+  for (auto& event : known.events_) {
     if (event.hasFired || event.reason != "not-reached") continue;
     const auto& texts = textsWithoutEvent_;
-    if (std::find(texts.begin(), texts.end(), event.under) != texts.end()) {
-      event.reason = "before-document";
-      event.explanation = "its text came before the document that names it";
-    } else if (!hasDocument_) {
+    if (!hasDocument_) {
       event.reason = "no-document";
       event.explanation = "the document did not arrive";
+    } else if (std::find(texts.begin(), texts.end(), event.under) != texts.end()) {
+      event.reason = "before-document";
+      event.explanation = "its text came before the document that names it";
     } else if (isLive_) {
       event.explanation = "its text never came";
     } else if (!event.second) {
@@ -157,13 +170,15 @@ std::vector<DocumentEvent> DocumentEvents::all() const {
       event.explanation = "playback did not come to its second";
     }
   }
-  return events;
+  return std::move(known.events_);
 }
 
 std::vector<std::string> DocumentEvents::unknownTexts() const {
+  std::set<std::string_view> known;
+  for (const auto& event : events_) known.insert(event.under);
   std::vector<std::string> unknown;
   for (const auto& text : textsWithoutEvent_) {
-    if (!indexes_.contains(text)) unknown.push_back(text);
+    if (!known.contains(text)) unknown.push_back(text);
   }
   return unknown;
 }

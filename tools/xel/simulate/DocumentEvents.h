@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "document/StreamDocument.h"
@@ -35,8 +37,8 @@ class DocumentEvents {
   /// @param isLive texts are looked up, else seconds.
   explicit DocumentEvents(bool isLive) : isLive_(isLive) {}
 
-  /// There is a document that the library does not have yet.
-  void documentKnown(const StreamDocument& document);
+  /// The document that the session is about, should none arrive.
+  void documentGiven(StreamDocument document) { given_ = std::move(document); }
   /// The library has a new document.
   void documentArrived(const StreamDocument& document);
 
@@ -55,29 +57,38 @@ class DocumentEvents {
   std::vector<std::string> unknownTexts() const;
 
  private:
+  /// Under, type and ad, and which of several such events it is.
+  using Identity = std::tuple<std::string, std::string, std::string, std::size_t>;
+  using Indexes = std::vector<std::size_t>;
+
+  void add(const StreamDocument& document);
+  void jump(std::int64_t to, double time);
   void meet(const std::string& under);
-  void jump(std::int64_t from, std::int64_t to, double time);
+  void leave(std::string_view reason, std::string explanation);
   void explain(DocumentEvent& event);
+  void explainStart(DocumentEvent& event);
 
   const bool isLive_;
+  StreamDocument given_;
   std::vector<DocumentEvent> events_;
-  /// Indexes into `events_`, by what they stand under.
-  std::map<std::string, std::vector<std::size_t>, std::less<>> indexes_;
-  /// Under which the library's present document has events.
-  std::set<std::string, std::less<>> present_;
-  std::set<std::string, std::less<>> adsWithVast_;
-  std::set<std::string, std::less<>> knownAds_;
+  std::map<Identity, std::size_t> indexes_;
+
+  /// Of the library's present document: its events by what they stand under, and its ads.
+  std::map<std::string, Indexes, std::less<>> present_;
+  std::map<std::string, bool, std::less<>> hasVast_;
   bool hasDocument_ = false;
 
-  std::vector<std::size_t> met_;
+  Indexes met_;
   std::vector<std::string> textsWithoutEvent_;
   std::int64_t lastSecond_ = -1;
   double lastTime_ = 0;
 
-  std::set<std::string, std::less<>> started_;
-  std::set<std::string, std::less<>> completed_;
-  std::set<std::string, std::less<>> overrun_;
+  /// Ads whose start has been met, whether or not there was an ad to start.
+  std::set<std::string, std::less<>> requested_;
+  /// Ads that are not current any more, or never were: why.
+  std::map<std::string, std::pair<std::string_view, std::string>, std::less<>> left_;
   std::string currentAd_;
+  bool hasCompletedNow_ = false;
 };
 
 }  // namespace xel::simulate

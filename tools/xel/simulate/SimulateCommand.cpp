@@ -4,11 +4,13 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "common/CommandLine.h"
+#include "common/PrintableText.h"
 #include "document/GivenDocument.h"
 #include "simulate/Simulation.h"
 #include "simulate/SimulationOutput.h"
@@ -65,6 +67,17 @@ GivenDocument documentFrom(const std::string& file) {
         " is the answer to a stream request; give the stream info document that its "
         "time_events_url or id3_events_url names");
   }
+  static const std::set<std::string_view> sections = {"ads", "breaks", "tags", "times",
+                                                      "cuepoints"};
+  bool hasSection = false;
+  given.value.forEachMember([&hasSection](std::string_view name, const JSONValue&) {
+    hasSection = hasSection || sections.contains(name);
+  });
+  if (!hasSection) {
+    throw std::runtime_error(file +
+                             " is no stream info document: it has none of ads, breaks, tags, times "
+                             "and cuepoints");
+  }
   return given;
 }
 
@@ -105,7 +118,7 @@ int simulateSession(const SimulateOptions& options) {
     output->conclude(simulation.documentEvents());
     return 0;
   } catch (const std::runtime_error& error) {
-    std::fprintf(stderr, "xel: %s\n", error.what());
+    std::fprintf(stderr, "xel: %s\n", printable(error.what()).c_str());
     return 2;
   }
 }

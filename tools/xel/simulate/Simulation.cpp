@@ -1,5 +1,6 @@
 #include "simulate/Simulation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -66,7 +67,7 @@ Simulation::Simulation(const std::string& document, SimulationSettings settings,
       display_(std::make_shared<simulation::ScriptedDisplay>()),
       delegate_(std::make_shared<simulation::RecordingDelegate>()) {
   delegate_->onEvent = [this](const simulation::RecordingDelegate::Event& event) { hear(event); };
-  events_.documentKnown(StreamDocument::read(JSONValue::parse(document).value));
+  events_.documentGiven(StreamDocument::read(JSONValue::parse(document).value));
   take(DocumentAnswer{.answer = {200, document}});
 }
 
@@ -83,7 +84,6 @@ void Simulation::take(const DocumentAnswer& step) {
   server.forget(documentURL);
   switch (step.outcome) {
     case DocumentAnswer::Outcome::answered:
-      events_.documentKnown(StreamDocument::read(JSONValue::parse(step.answer.body).value));
       return server.answer(documentURL, step.answer);
     case DocumentAnswer::Outcome::failed:
       return server.fail(documentURL, TransferError::couldNotConnect, step.answer.delay);
@@ -93,7 +93,7 @@ void Simulation::take(const DocumentAnswer& step) {
 }
 
 void Simulation::take(const SeekTo& step) {
-  beginSession();
+  if (!manager_) return beginSession(step.time);
   show(SeekStarted{step.time});
   report(step.time);
 }
@@ -109,7 +109,7 @@ void Simulation::take(const Text& step) {
   reportText(step.text);
 }
 
-void Simulation::beginSession() {
+void Simulation::beginSession(double position) {
   if (manager_) return;
   manager_ = XELStreamManager::initWithVideoDisplay(display_);
   manager_->setDelegate(delegate_);
@@ -133,7 +133,7 @@ void Simulation::beginSession() {
   const auto& load = display_->loads().back();
   show(StreamLoaded{load.url, load.subtitles});
   display_->reportReady();
-  report(0);
+  report(position);
 }
 
 void Simulation::play(double to) {
@@ -154,10 +154,12 @@ void Simulation::playOn(double to) {
     position_ = time;
   };
   if (to <= position_) return;
-  for (const auto& [time, text] : settings_.texts) {
-    if (time <= position_ || time > to) continue;
-    passTo(time);
-    reportText(text);
+  const auto& texts = settings_.texts;
+  auto next = std::upper_bound(texts.begin(), texts.end(), position_,
+                               [](double time, const auto& text) { return time < text.first; });
+  for (; next != texts.end() && next->first <= to; ++next) {
+    passTo(next->first);
+    reportText(next->second);
   }
   passTo(to);
 }
@@ -183,7 +185,10 @@ void Simulation::hear(const simulation::RecordingDelegate::Event& event) {
   show(playEvent(event));
 }
 
-void Simulation::show(const PlayEvent& event) { view_.show(position_, contentTime(), event); }
+void Simulation::show(const PlayEvent& event) {
+  if (std::holds_alternative<AdCountdown>(event) && !view_.wantsCountdowns()) return;
+  view_.show(position_, contentTime(), event);
+}
 
 void Simulation::remark(const std::string& what, const std::string& about) {
   view_.remark(position_, contentTime(), what, about);

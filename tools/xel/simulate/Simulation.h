@@ -22,6 +22,8 @@ class SimulationView {
  public:
   virtual ~SimulationView() = default;
   virtual void show(double streamTime, double contentTime, const PlayEvent& event) = 0;
+  /// Whether `show` is to be called for each countdown too.
+  virtual bool wantsCountdowns() const = 0;
   /// Something that is not an event of the library, in words.
   virtual void remark(double streamTime, double contentTime, const std::string& what,
                       const std::string& about) = 0;
@@ -58,7 +60,7 @@ class Simulation {
   void take(const Text& step);
   void take(const DocumentAnswer& step);
 
-  void beginSession();
+  void beginSession(double position = 0);
   void play(double to);
   void playOn(double to);
   void report(double time);

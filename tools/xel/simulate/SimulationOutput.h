@@ -19,6 +19,7 @@ class SimulationText final : public SimulationOutput {
   /// @param out stays open for as long as the output lives.
   explicit SimulationText(std::FILE* out);
 
+  bool wantsCountdowns() const override { return false; }
   void show(double streamTime, double contentTime, const PlayEvent& event) override;
   void remark(double streamTime, double contentTime, const std::string& what,
               const std::string& about) override;
@@ -38,6 +39,7 @@ class SimulationJSON final : public SimulationOutput {
   /// @param out stays open for as long as the output lives.
   explicit SimulationJSON(std::FILE* out) : out_(out) {}
 
+  bool wantsCountdowns() const override { return true; }
   void show(double streamTime, double contentTime, const PlayEvent& event) override;
   void remark(double streamTime, double contentTime, const std::string& what,
               const std::string& about) override;

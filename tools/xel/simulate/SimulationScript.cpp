@@ -16,6 +16,15 @@ namespace {
 
 using Outcome = DocumentAnswer::Outcome;
 
+constexpr double longestSpan = 48 * 3600;
+
+/// Absent where the text is no number of seconds that can be played.
+std::optional<double> spanIn(const std::string& text) {
+  const double seconds = finiteNumber(text).value_or(-1);
+  if (seconds < 0 || seconds > longestSpan) return std::nullopt;
+  return seconds;
+}
+
 class ScriptReader {
  public:
   ScriptReader(std::filesystem::path folder, const std::string& document)
@@ -55,11 +64,9 @@ class ScriptReader {
   }
 
   static double seconds(const std::string& text) {
-    const auto number = finiteNumber(text);
-    if (!number || *number < 0) {
-      throw std::runtime_error('"' + printable(text) + "\" is not a number of seconds, 0 or more");
-    }
-    return *number;
+    if (const auto span = spanIn(text)) return *span;
+    throw std::runtime_error('"' + printable(text) +
+                             "\" is not a number of seconds, 0 to 172800 (48 hours)");
   }
 
   static double tick(const std::string& text) {
@@ -109,12 +116,13 @@ class ScriptReader {
 
 std::pair<double, double> spanFrom(const std::string& text) {
   const auto colon = text.find(':');
-  const auto from = finiteNumber(text.substr(0, colon));
-  const auto to = colon == std::string::npos ? std::nullopt : finiteNumber(text.substr(colon + 1));
-  if (!from || !to || *from < 0 || *to < 0) {
-    refuse("--play", text, "FROM:TO, or AT:TO for a seek, in seconds of stream time");
+  if (colon != std::string::npos) {
+    const auto from = spanIn(text.substr(0, colon));
+    const auto to = spanIn(text.substr(colon + 1));
+    if (from && to) return {*from, *to};
   }
-  return {*from, *to};
+  refuse("--play", text,
+         "FROM:TO, or AT:TO for a jump, in seconds of stream time up to 172800 (48 hours)");
 }
 
 }  // namespace
@@ -138,11 +146,14 @@ std::vector<SimulationStep> stepsOfPlay(const std::string& text) {
   std::getline(spans, span, ',');
   const auto [from, end] = spanFrom(span);
   if (from > 0) steps.push_back(SeekTo{from});
+  double position = from;
   while (std::getline(spans, span, ',')) {
     const auto [at, to] = spanFrom(span);
     steps.push_back(PlayTo{at});
     steps.push_back(SeekTo{to});
+    position = to;
   }
+  if (end < position) refuse("--play", text, "a span that ends after its beginning and its jumps");
   steps.push_back(PlayTo{end});
   return steps;
 }
