@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -73,11 +72,32 @@ std::vector<std::string> droppedParameters(const std::string& url) {
   return dropped;
 }
 
-/// The first macro of a URL that is still to be filled; empty when there is none.
-std::string macroIn(const std::string& url) {
-  static const std::regex form(R"((\[|%5[Bb])([A-Za-z][A-Za-z0-9_:.-]*)(\]|%5[Dd])(?!=))");
-  std::smatch found;
-  return std::regex_search(url, found, form) ? found[0].str() : std::string();
+/// The length of the bracket that a text begins with, as it is or escaped; 0 where it begins with
+/// none.
+std::size_t bracketLength(std::string_view text, char bracket, std::string_view escaped) {
+  if (text.starts_with(bracket)) return 1;
+  const bool isEscaped = text.size() >= escaped.size() && text.starts_with(escaped.substr(0, 2)) &&
+                         (text[2] | 0x20) == escaped[2];
+  return isEscaped ? escaped.size() : 0;
+}
+
+/// The first macro of a URL that is still to be filled, such as "[CACHEBUSTER]"; empty when there
+/// is none.
+std::string macroIn(std::string_view url) {
+  constexpr std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+  constexpr std::string_view others = "0123456789_:.-";
+  const auto isIn = [](std::string_view set, char c) { return set.find(c) != set.npos; };
+  for (std::size_t begin = 0; begin < url.size(); ++begin) {
+    const auto opening = bracketLength(url.substr(begin), '[', "%5b");
+    if (opening == 0) continue;
+    auto end = begin + opening;
+    if (end == url.size() || !isIn(letters, url[end])) continue;
+    while (end < url.size() && (isIn(letters, url[end]) || isIn(others, url[end]))) ++end;
+    const auto closing = bracketLength(url.substr(end), ']', "%5d");
+    if (closing == 0 || url.substr(end + closing).starts_with('=')) continue;
+    return std::string(url.substr(begin, end + closing - begin));
+  }
+  return {};
 }
 
 class TrackingChecker {

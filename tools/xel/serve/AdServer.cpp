@@ -32,7 +32,7 @@ constexpr std::size_t longestRequest = std::size_t{1} << 20;
 constexpr std::chrono::duration<double> longestWait{3 * ServedStream::pollingPeriod};
 
 /// The place of the request that this thread is answering.
-thread_local std::size_t placeInLedger = 0;
+thread_local std::optional<std::size_t> placeInLedger;
 
 void refuse(httplib::Response& response, int status, const std::string& sentence) {
   response.status = status;
@@ -46,7 +46,7 @@ AdServer::AdServer(Settings settings)
       caFile_(folder_.path() / "ca.pem"),
       faults_(settings_.faults,
               [this](const Fault& fault, bool isAnswerLost) {
-                ledger_.strike(placeInLedger, fault.text, isAnswerLost);
+                ledger_.strike(*placeInLedger, fault.text, isAnswerLost);
               }),
       sessions_(settings_.streams),
       server_(certificate_.x509(), certificate_.key()) {
@@ -129,8 +129,9 @@ void AdServer::recordRequests() {
   });
   server_.set_post_routing_handler([this](const httplib::Request& request,
                                           httplib::Response& response) {
+    if (!placeInLedger) return;  // What came was no request.
     const auto status = response.status == noAnswer ? std::nullopt : std::optional(response.status);
-    ledger_.finish(placeInLedger, request.body, status);
+    ledger_.finish(*placeInLedger, request.body, status);
     if (settings_.verbose) {
       const std::string line = printable(request.method + " " + request.target);
       const std::string result = status ? std::to_string(*status) : "without an answer";
@@ -139,7 +140,8 @@ void AdServer::recordRequests() {
   });
   server_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
     // By now the answer has been written.
-    if (request.path.ends_with(documentName)) documentAnswered(request, response);
+    if (placeInLedger && request.path.ends_with(documentName)) documentAnswered(request, response);
+    placeInLedger.reset();
   });
 }
 
@@ -175,7 +177,7 @@ void AdServer::answerStreamRequest(StreamKind kind, const httplib::Request& requ
   if (refusal) return refuse(response, refusal->status, refusal->sentence);
 
   const std::lock_guard lock(mutex_);
-  response.set_content(sessions_.open({kind, request.body, placeInLedger}, url_), json);
+  response.set_content(sessions_.open({kind, request.body, *placeInLedger}, url_), json);
 }
 
 void AdServer::answerDocument(const httplib::Request& request, httplib::Response& response) {
@@ -187,7 +189,7 @@ void AdServer::answerDocument(const httplib::Request& request, httplib::Response
 
 void AdServer::documentAnswered(const httplib::Request& request,
                                 const httplib::Response& response) {
-  const bool isSent = response.status == 200 && !ledger_.isAnswerLost(placeInLedger);
+  const bool isSent = response.status == 200 && !ledger_.isAnswerLost(*placeInLedger);
   const std::lock_guard lock(mutex_);
   ServedStream* const stream = streamOf(request);
   if (!stream) return;
