@@ -25,11 +25,7 @@ JSONWriter& JSONWriter::name(std::string_view name) {
 
 JSONWriter& JSONWriter::write(std::string_view text, TextKind kind) {
   separate();
-  if (filter_) {
-    quote(filter_(text, kind));
-  } else {
-    quote(text);
-  }
+  quote(filtered(text, kind));
   return *this;
 }
 
@@ -50,8 +46,8 @@ JSONWriter& JSONWriter::value(double number) {
 JSONWriter& JSONWriter::value(const JSONValue& json) {
   if (json.isObject()) {
     beginObject();
-    json.forEachMember([this](std::string_view memberName, const JSONValue& memberValue) {
-      member(memberName, memberValue);
+    json.forEachMember([this](std::string_view key, const JSONValue& keyValue) {
+      member(filtered(key), keyValue);
     });
     return endObject();
   }
@@ -115,7 +111,7 @@ JSONWriter& JSONWriter::value(const XELCompanion& companion) {
 JSONWriter& JSONWriter::value(const TrackingURLs& trackingURLs) {
   beginObject();
   for (const auto& [event, urls] : trackingURLs) {
-    name(event).beginArray();
+    name(filtered(event)).beginArray();
     for (const auto& each : urls) url(each);
     endArray();
   }

@@ -39,7 +39,7 @@ class XEL_EXPORT JSONWriter {
   using TextFilter = std::function<std::string(std::string_view text, TextKind kind)>;
 
   JSONWriter() = default;
-  /// @param filter is asked for every text that is a value; names stay.
+  /// @param filter is asked for every text, names in maps and documents included; a member's stays.
   explicit JSONWriter(TextFilter filter) : filter_(std::move(filter)) {}
 
   /// What has been written so far.
@@ -95,7 +95,7 @@ class XEL_EXPORT JSONWriter {
   template <typename Value, typename Less>
   JSONWriter& value(const std::map<std::string, Value, Less>& values) {
     beginObject();
-    for (const auto& [memberName, memberValue] : values) member(memberName, memberValue);
+    for (const auto& [key, keyValue] : values) member(filtered(key), keyValue);
     return endObject();
   }
 
@@ -103,6 +103,9 @@ class XEL_EXPORT JSONWriter {
   JSONWriter& begin(char bracket);
   JSONWriter& end(char bracket);
   JSONWriter& write(std::string_view text, TextKind kind);
+  std::string filtered(std::string_view text, TextKind kind = TextKind::any) const {
+    return filter_ ? filter_(text, kind) : std::string(text);
+  }
   JSONWriter& raw(std::string_view json);
   void separate();
   void quote(std::string_view text);
