@@ -27,8 +27,11 @@ namespace xel::simulation {
 ///     manager = nullptr;
 ///
 /// Never in the trace: API key, auth token, advertising identifier, stream activity monitor id, the
-/// ad tag parameters "ppid" and "cust_params", and the values of the headers Authorization, Cookie
-/// and Set-Cookie. Each has the same replacement wherever it occurs.
+/// ad tag parameters "ppid", "rdid", "gdpr_consent" and "cust_params", and the values of the
+/// headers Authorization, Cookie and Set-Cookie. Each has the same replacement wherever it occurs.
+/// Of "cust_params", single values are replaced under their own names, and anywhere if they look
+/// like identifiers or addresses; digits alone, where they stand alone. A manifest URL suffix
+/// stays, unless URLs are redacted.
 ///
 /// What is recorded behaves as before: each call is passed on at once, on the same thread. All that
 /// the library does on the platform between `begin` and the recorder's end is taken for the

@@ -73,7 +73,8 @@ void Redactor::addParameters(const std::string& parameters) {
     const auto value = piece.substr(equals + 1);
     add(piece, piece.substr(0, equals + 1) + replacements_.of(value), Where::wholeWord);
     const bool hasDigit = value.find_first_of("0123456789") != std::string::npos;
-    if (value.size() >= shortestIdentifier && hasDigit) addSecret(value);
+    const bool isAddress = value.find('@') != std::string::npos;
+    if ((value.size() >= shortestIdentifier && hasDigit) || isAddress) addSecret(value);
   }
 }
 

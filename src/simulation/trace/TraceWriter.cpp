@@ -84,7 +84,9 @@ void addSecrets(Redactor& redactor, const XELStreamRequest& request) {
     if (text) redactor.addSecret(*text);
   }
   const auto& tags = request.adTagParameters();
-  if (const auto tag = tags.find("ppid"); tag != tags.end()) redactor.addSecret(tag->second);
+  for (const auto* name : {"ppid", "rdid", "gdpr_consent"}) {
+    if (const auto tag = tags.find(name); tag != tags.end()) redactor.addSecret(tag->second);
+  }
   if (const auto tag = tags.find("cust_params"); tag != tags.end()) {
     redactor.addParameters(tag->second);
   }

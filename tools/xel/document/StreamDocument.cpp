@@ -53,9 +53,11 @@ StreamDocument StreamDocument::read(const JSONValue& document) {
     result.cuepoints.push_back({elementPath("$.cuepoints", i), cuepoints[i]["start"].number(),
                                 cuepoints[i]["end"].number()});
   }
-  if (document["times"].isObject()) {
+  const bool hasTimes = document["times"].isObject();
+  const bool hasTags = document["tags"].isObject();
+  if (!result.seconds.empty() || (hasTimes && result.tags.empty())) {
     result.kind = Kind::onDemand;
-  } else if (document["tags"].isObject()) {
+  } else if (hasTags) {
     result.kind = Kind::live;
   }
   result.findStarts();

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <string>
 
@@ -58,13 +59,16 @@ class BreakChecker {
     const auto total = adBreak.totalAds.value_or(-1);
     if (total == count) return;
     const auto have = counted(adBreak.ads.size(), "ad") + (count == 1 ? " names" : " name") + " it";
+    const bool hasLast = std::any_of(adBreak.ads.begin(), adBreak.ads.end(), [&](std::size_t ad) {
+      return document_.ads[ad].position == total;
+    });
     findings_.add("break-count", adBreak.path,
-                  total == -1     ? "The break does not tell its count of ads, so the first "
-                                    "complete of any ad ends it."
-                  : total < count ? "The break counts " + std::to_string(total) + " and " + have +
-                                        "; it ends with the ad at that position."
-                                  : "The break counts " + std::to_string(total) + " and " + have +
-                                        "; no complete ends it, only overrun.");
+                  total == -1 ? "The break does not tell its count of ads, so the first "
+                                "complete of any ad ends it."
+                  : hasLast   ? "The break counts " + std::to_string(total) + " and " + have +
+                                  "; it ends with the ad at that position."
+                            : "The break counts " + std::to_string(total) + " and " + have +
+                                  "; no ad is at that position, so only overrun ends it.");
   }
 
   void checkDuration(const StreamDocument::Break& adBreak) {
@@ -78,7 +82,7 @@ class BreakChecker {
       findings_.add("break-too-short", adBreak.path,
                     "The break lasts " + numberText(duration) + " s and its ads together " +
                         numberText(sum) + " s; it is over at " + numberText(duration + 1) +
-                        " s, and what its ads report after that is lost.");
+                        " s, and later quartiles and completes are lost.");
     }
   }
 

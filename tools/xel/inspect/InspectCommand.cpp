@@ -22,12 +22,12 @@
 namespace xel {
 namespace {
 
-constexpr auto description =
-    "Show what the client makes of documents, and what is lost in them\n\n"
-    "Each file is an answer to a stream request, a stream info document, a VAST document, or a\n"
-    "trace. Shown are its breaks and ads, and for each event the pings as they would go out.";
+constexpr auto description = "Show what the client makes of documents, and what is lost in them";
 
 constexpr auto footer =
+    "Each file is an answer to a stream request, a stream info document, a VAST document, or a\n"
+    "trace. Shown are its breaks and ads, and for each event the pings as they would go out; then\n"
+    "what is lost, or likely not what was meant, with the place and the remedy.\n\n"
     "Examples:\n"
     "  xel inspect ad.xml\n"
     "  curl -s https://ssai.example.com/info.json | xel inspect -\n"

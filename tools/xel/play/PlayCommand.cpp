@@ -172,17 +172,13 @@ void addOutputOptions(CLI::App& command, PlayOptions& options) {
                   }
                 });
   command.add_flag("--json", options.json, "One JSON object a line on standard output");
-  auto* const record =
-      command
-          .add_option(
-              "--record", options.recordFile,
-              "Record the session in a trace, for xel replay and xel report; keys, tokens and\n"
-              "identifiers of the viewer are replaced")
-          ->type_name("FILE");
   command
-      .add_flag("--redact-urls", options.redactURLs,
-                "Replace the query values of all URLs in the trace too")
-      ->needs(record);
+      .add_option("--record", options.recordFile,
+                  "Record the session in a trace, for xel replay and xel report; keys, tokens and\n"
+                  "identifiers of the viewer are replaced")
+      ->type_name("FILE");
+  command.add_flag("--redact-urls", options.redactURLs,
+                   "Replace the query values of all URLs in the trace or report too");
   if (canReport()) {
     command
         .add_option("--report", options.reportFile,
@@ -290,6 +286,9 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
 
 /// Plays, and makes the report that is asked for.
 int playAndReport(PlayOptions& options, const std::shared_ptr<XELStreamRequest>& request) {
+  if (options.redactURLs && options.recordFile.empty() && options.reportFile.empty()) {
+    throw CLI::ValidationError("--redact-urls", "give --record or --report too");
+  }
   if (options.reportFile.empty()) return play(options, request);
   std::optional<TemporaryFolder> folder;
   if (options.recordFile.empty()) options.recordFile = folder.emplace().path() / "session.jsonl";

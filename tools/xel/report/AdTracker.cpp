@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
+#include <string_view>
 #include <utility>
 
 #include "common/PrintableText.h"
@@ -102,7 +104,8 @@ void AdTracker::cutOff(const std::string& why) {
 
 void AdTracker::completeAd() {
   auto& ad = report_.ads[*lastStarted_];
-  if (ad.reached.size() < eventsOfCalls.size()) {
+  const std::set<std::string_view> reached(ad.reached.begin(), ad.reached.end());
+  if (reached.size() < eventsOfCalls.size()) {
     const auto* jump = lastJump();
     ad.isExpected = jump && jump->isSeek;
     ad.why = jump ? "A jump to " + clockText(jump->to) + " passed some of its quartiles by."
