@@ -25,4 +25,7 @@ const parts = {
   scriptHash: `sha256-${createHash("sha256").update(script).digest("base64")}`,
 };
 const template = readFileSync(new URL("page.html", source), "utf8");
-writeFileSync(process.argv[2], template.replace(/\{\{(\w+)\}\}/g, (_, name) => parts[name]));
+writeFileSync(
+  process.argv[2],
+  template.replace(/\{\{(\w+)\}\}/g, (_, name) => parts[name]),
+);

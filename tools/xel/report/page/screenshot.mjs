@@ -14,5 +14,9 @@ const page = await browser.newPage({ viewport: { width, height: 1000 }, colorSch
 await page.goto(`file://${resolve(file)}`);
 const chart = page.locator(".chart:has(canvas)");
 const { y, height } = await chart.boundingBox();
-await page.screenshot({ path: picture, fullPage: true, clip: { x: 0, y: 0, width, height: y + height + 6 } });
+await page.screenshot({
+  path: picture,
+  fullPage: true,
+  clip: { x: 0, y: 0, width, height: y + height + 6 },
+});
 await browser.close();

@@ -31,7 +31,9 @@ export function number(value: number): string {
 
 export function latency(milliseconds: number | undefined): string {
   if (milliseconds === undefined) return "–";
-  return milliseconds < 10 ? `${milliseconds.toFixed(1)} ms` : `${number(Math.round(milliseconds))} ms`;
+  return milliseconds < 10
+    ? `${milliseconds.toFixed(1)} ms`
+    : `${number(Math.round(milliseconds))} ms`;
 }
 
 export function percent(part: number, whole: number): string {

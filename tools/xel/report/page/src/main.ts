@@ -22,7 +22,12 @@ function header({ session }: Report): HTMLElement {
   return element(
     "header",
     {},
-    element("div", { class: "title" }, element("h1", {}, title), element("p", {}, facts.join(" · "))),
+    element(
+      "div",
+      { class: "title" },
+      element("h1", {}, title),
+      element("p", {}, facts.join(" · ")),
+    ),
     element("nav", { "aria-label": "Sections" }, ...links, themeSwitch()),
   );
 }

@@ -3,7 +3,11 @@ import { counted, latency, number, percent, preciseClock } from "./format";
 import type { Report, Severity } from "./model";
 import { DataTable } from "./table";
 
-const severityNames: Record<Severity, string> = { error: "Error", warning: "Warning", note: "Note" };
+const severityNames: Record<Severity, string> = {
+  error: "Error",
+  warning: "Warning",
+  note: "Note",
+};
 const severityOrder: Severity[] = ["error", "warning", "note"];
 
 export function severityMark(severity: Severity): HTMLElement {
@@ -113,7 +117,12 @@ export function lossSection(report: Report, reveal: (time: number) => void): HTM
       },
       { name: "What", text: (loss) => loss.what },
       { name: "Why", text: (loss) => loss.why ?? "", kind: "wide" },
-      { name: "How often", text: (loss) => number(loss.count), order: (loss) => loss.count, kind: "number" },
+      {
+        name: "How often",
+        text: (loss) => number(loss.count),
+        order: (loss) => loss.count,
+        kind: "number",
+      },
       {
         name: "First at",
         text: (loss) => preciseClock(loss.time),
@@ -138,7 +147,11 @@ export function lossSection(report: Report, reveal: (time: number) => void): HTM
 export function timeButton(time: number | undefined, reveal: (time: number) => void): Node {
   const text = preciseClock(time);
   if (time === undefined) return document.createTextNode(text);
-  const link = element("button", { type: "button", class: "link", title: "Show on the time line" }, text);
+  const link = element(
+    "button",
+    { type: "button", class: "link", title: "Show on the time line" },
+    text,
+  );
   link.addEventListener("click", () => reveal(time));
   return link;
 }

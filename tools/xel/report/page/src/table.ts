@@ -59,7 +59,10 @@ export class DataTable<Row> {
   textOf(row: Row): string {
     let text = this.texts.get(row);
     if (text === undefined) {
-      text = this.columns.map((column) => column.text(row)).join("\n").toLowerCase();
+      text = this.columns
+        .map((column) => column.text(row))
+        .join("\n")
+        .toLowerCase();
       this.texts.set(row, text);
     }
     return text;
@@ -98,8 +101,10 @@ export class DataTable<Row> {
     if (column) {
       const direction = this.isAscending ? 1 : -1;
       const { order } = column;
-      this.shown.sort((a, b) =>
-        direction * (order ? order(a) - order(b) : collator.compare(column.text(a), column.text(b))),
+      this.shown.sort(
+        (a, b) =>
+          direction *
+          (order ? order(a) - order(b) : collator.compare(column.text(a), column.text(b))),
       );
     }
     this.show(0);
@@ -115,8 +120,7 @@ export class DataTable<Row> {
       this.body.append(element("tr", {}, cell));
     }
     const total = this.shown.length;
-    this.range.textContent =
-      `${number(first + 1)}–${number(first + rows.length)} of ${number(total)}`;
+    this.range.textContent = `${number(first + 1)}–${number(first + rows.length)} of ${number(total)}`;
     this.previous.disabled = page === 0;
     this.next.disabled = first + rowsOfPage >= total;
     this.pages.hidden = total <= rowsOfPage;

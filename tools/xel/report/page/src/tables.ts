@@ -68,7 +68,12 @@ export function adSection(report: Report, reveal: (time: number) => void): HTMLE
         order: (ad) => pingsOf(ad).accepted - sum(ad),
         kind: "number",
       },
-      { name: "Not sent", text: (ad) => number(ad.pingsNotSent), order: (ad) => ad.pingsNotSent, kind: "number" },
+      {
+        name: "Not sent",
+        text: (ad) => number(ad.pingsNotSent),
+        order: (ad) => ad.pingsNotSent,
+        kind: "number",
+      },
       { name: "Why", text: (ad) => ad.why ?? "", kind: "wide" },
       { name: "Break", text: (ad) => ad.breakKey ?? "", kind: "name" },
       {
@@ -77,7 +82,12 @@ export function adSection(report: Report, reveal: (time: number) => void): HTMLE
         order: (ad) => ad.place,
         kind: "number",
       },
-      { name: "Duration", text: (ad) => clock(ad.duration), order: (ad) => ad.duration, kind: "number" },
+      {
+        name: "Duration",
+        text: (ad) => clock(ad.duration),
+        order: (ad) => ad.duration,
+        kind: "number",
+      },
       { name: "Key", text: (ad) => ad.key ?? "", kind: "code" },
     ],
     inStreamOrder(report),
@@ -96,10 +106,7 @@ export class PingSection {
   private readonly choices = new Map<PingOutcome, HTMLInputElement>();
   private readonly count = element("output");
 
-  constructor(
-    report: Report,
-    reveal: (ping: Ping) => void,
-  ) {
+  constructor(report: Report, reveal: (ping: Ping) => void) {
     const adNameOf = (ping: Ping) => {
       const ad = ping.ad === undefined ? undefined : report.ads[ping.ad];
       return ad ? adName(ad) : "–";

@@ -156,7 +156,14 @@ function eventMarks(report: Report, row: Event["row"]): Mark[] {
     }));
 }
 
-const pingOrder = ["start", "creativeview", "firstquartile", "midpoint", "thirdquartile", "complete"];
+const pingOrder = [
+  "start",
+  "creativeview",
+  "firstquartile",
+  "midpoint",
+  "thirdquartile",
+  "complete",
+];
 
 function pingLanes(report: Report): Lane[] {
   const marksOfEvents = new Map<string, Mark[]>(pingOrder.map((event) => [event, []]));

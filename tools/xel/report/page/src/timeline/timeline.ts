@@ -1,21 +1,13 @@
 import { button, element } from "../dom";
 import type { Ping, Report } from "../model";
 import { onThemeChange } from "../theme";
-import {
-  chartHeight,
-  chartOption,
-  echarts,
-  perSecond,
-  placeOf,
-  positionOf,
-  seriesOfLanes,
-  type View,
-} from "./chart";
+import { chartHeight, chartOption, echarts, positionOf } from "./chart";
 import { lanesOf, type Description, type Mark } from "./marks";
+import { perSecond, placeOf, seriesOfLanes, type View } from "./series";
 
 const help =
-  "With the time line in focus: left and right go from mark to mark, up and down from row to row, Home and End to the first " +
-  "and the last mark. Plus and minus zoom, 0 shows everything.";
+  "With the time line in focus: left and right go from mark to mark, up and down from row to " +
+  "row, Home and End to the first and the last mark. Plus and minus zoom, 0 shows everything.";
 const zoomStep = 2;
 
 /** The session drawn over time, for the pointer and for the keyboard. */
@@ -62,7 +54,9 @@ export class Timeline {
       button("−", () => this.zoomBy(zoomStep), "Zoom out"),
       button("Show all", () => this.zoomTo(0, this.duration)),
     );
-    this.details.append(element("p", { class: "hint" }, "Point at a mark to see what is known of it."));
+    this.details.append(
+      element("p", { class: "hint" }, "Point at a mark to see what is known of it."),
+    );
     this.element = element("div", {}, buttons, helpText, this.frame, this.details);
   }
 
@@ -228,13 +222,20 @@ export class Timeline {
     if (!mark) return element("div");
     const description = mark.describe();
     const { ping } = description;
-    const link = ping && !isTip ? button("Show in the table", () => this.showPing(ping)) : undefined;
+    const link =
+      ping && !isTip ? button("Show in the table", () => this.showPing(ping)) : undefined;
     return element("div", { class: "description" }, ...descriptionNodes(description, link));
   }
 }
 
 /** What the chart says of a zoom: milliseconds or, from the mouse and the slider, per cent. */
-type ZoomEvent = { batch?: ZoomEvent[]; startValue?: number; endValue?: number; start?: number; end?: number };
+type ZoomEvent = {
+  batch?: ZoomEvent[];
+  startValue?: number;
+  endValue?: number;
+  start?: number;
+  end?: number;
+};
 
 function windowOf(event: ZoomEvent, duration: number): [number, number] {
   const { start = 0, end = 100, startValue, endValue } = event.batch?.[0] ?? event;
