@@ -50,7 +50,12 @@ void expectTexts(const char* what, const std::vector<PlayedStream::Seen>& seen,
   std::printf(
       "%s: %zu texts; |position - intended time|: median %.1f ms, p95 %.1f ms, max %.1f ms\n", what,
       errors.size(), percentile(0.5), percentile(0.95), errors.back());
+#ifdef __SANITIZE_ADDRESS__
+  // Slow code says little about time; what comes and in which order is checked all the same.
+  (void)grain;
+#else
   EXPECT_LE(percentile(0.95), 40 + grain);
+#endif
 }
 
 struct GstTimedMetadata : PlayerTest {

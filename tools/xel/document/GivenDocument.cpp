@@ -14,7 +14,8 @@ GivenDocument GivenDocument::read(const std::string& file) {
   const bool isStandardInput = file == "-";
   if (!isStandardInput) stream.open(file, std::ios::binary);
   std::ostringstream read;
-  read << (isStandardInput ? std::cin : stream).rdbuf();
+  std::streambuf* const source = isStandardInput ? std::cin.rdbuf() : stream.rdbuf();
+  read << source;
   if (!isStandardInput &&
       (!stream.is_open() || read.bad() || std::filesystem::is_directory(file))) {
     throw std::runtime_error(file + " cannot be read");
