@@ -29,7 +29,7 @@ std::string creativeText(const XELCreative& creative, bool isSelected) {
 std::string companionText(const XELCompanion& companion) {
   auto text = std::to_string(companion.width()) + "x" + std::to_string(companion.height());
   if (companion.apiFramework()) text += ", " + *companion.apiFramework();
-  const auto resource = companion.staticResourceURL();
+  const auto& resource = companion.staticResourceURL();
   const bool isBlank = resource && resource->find_first_not_of(" \t\r\n") == std::string::npos;
   return text + "  " + (!resource ? "no resource" : isBlank ? "(white space)" : *resource);
 }
