@@ -28,7 +28,7 @@ void PingsOverTheClient(benchmark::State& state) {
   ping.url = pingURL();
   ping.trackingEvent = "start";
   const auto loop = std::make_shared<StandardRunLoop>();
-  const auto client = makeCurlHTTPClient(test::NginxServer::instance().caFile(), loop);
+  const auto client = makeCurlHTTPClient({.caFile = test::NginxServer::instance().caFile()}, loop);
   while (state.KeepRunningBatch(pings)) {
     int completed = 0;
     int failed = 0;

@@ -12,7 +12,7 @@ Platform Platform::makeDefault(const DefaultPlatformOptions& options) {
   platform.mainRunLoop = options.mainRunLoop;
   if (!platform.mainRunLoop) platform.mainRunLoop = StandardRunLoop::main();
   platform.environment = makeLinuxEnvironment(options.host);
-  platform.http = makeCurlHTTPClient(options.caFile, platform.mainRunLoop);
+  platform.http = makeCurlHTTPClient({options.caFile, options.redirects}, platform.mainRunLoop);
   platform.services = options.services;
 
   const auto& identifier = options.host.advertisingIdentifier;

@@ -1,7 +1,8 @@
+#include "backends/CurlHTTPClientTest.h"
+
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -22,80 +23,11 @@
 namespace xel {
 namespace {
 
+using test::CurlHTTPClientTest;
+using test::field;
+using test::get;
 using test::Listener;
 using test::NginxServer;
-
-std::string field(const HTTPResponse& response, std::string_view name) {
-  HTTPRequest fields;
-  fields.headers = response.headers;
-  return std::string(fields.header(name).value_or("(none)"));
-}
-
-HTTPRequest get(std::string url) {
-  HTTPRequest request;
-  request.url = std::move(url);
-  return request;
-}
-
-class CurlHTTPClientTest : public testing::Test {
- protected:
-  void SetUp() override {
-    setenv("no_proxy", "*", 1);
-    client_ = makeCurlHTTPClient(server_.caFile(), loop_);
-  }
-
-  std::vector<HTTPResult> fetchAll(const std::vector<HTTPRequest>& requests) {
-    std::vector<std::optional<HTTPResult>> results(requests.size());
-    std::size_t missing = requests.size();
-    for (std::size_t i = 0; i < requests.size(); ++i) {
-      client_->send(requests[i], [&, i](HTTPResult result) {
-        EXPECT_TRUE(loop_->isMain());
-        EXPECT_FALSE(results[i]) << "completed twice";
-        results[i] = std::move(result);
-        if (--missing == 0) loop_->stop();
-      });
-    }
-    EXPECT_EQ(missing, requests.size()) << "completed before send returned";
-    loop_->run();
-    drain();
-    std::vector<HTTPResult> all;
-    for (auto& result : results) all.push_back(*std::move(result));
-    return all;
-  }
-
-  HTTPResult fetch(HTTPRequest request) { return std::move(fetchAll({std::move(request)})[0]); }
-
-  /// The code of the failure, 0 if there is none.
-  TransferError failureOf(HTTPRequest request) {
-    const HTTPResult result = fetch(std::move(request));
-    return static_cast<TransferError>(result.error ? result.error->code : 0);
-  }
-
-  /// What the client makes of a server that answers with these bytes and closes.
-  TransferError failureOfAnswer(std::string_view bytes) {
-    const Listener listener;
-    std::thread server([&] {
-      const int connection = accept(listener.socket(), nullptr, nullptr);
-      char request[4096];
-      EXPECT_GT(recv(connection, request, sizeof request, 0), 0);
-      EXPECT_GT(::send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL), 0);
-      close(connection);
-    });
-    const TransferError failure = failureOf(get(listener.url()));
-    server.join();
-    return failure;
-  }
-
-  /// Runs everything that has been posted so far.
-  void drain() {
-    loop_->post([this] { loop_->stop(); });
-    loop_->run();
-  }
-
-  const NginxServer& server_ = NginxServer::instance();
-  const std::shared_ptr<StandardRunLoop> loop_ = std::make_shared<StandardRunLoop>();
-  std::shared_ptr<HTTPClient> client_;
-};
 
 TEST_F(CurlHTTPClientTest, CarriesARequestAsWrittenOverEitherProtocol) {
   for (const auto& [base, protocol] :
@@ -181,7 +113,7 @@ TEST_F(CurlHTTPClientTest, TellsWhyATransferFailed) {
   };
   for (const auto& [bytes, error] : answers) EXPECT_EQ(failureOfAnswer(bytes), error) << bytes;
 
-  client_ = makeCurlHTTPClient("", loop_);
+  client_ = makeCurlHTTPClient({}, loop_);
   EXPECT_EQ(failureOf(get(server_.overHTTP2() + "/ok")), TransferError::tlsFailed) << "untrusted";
 }
 
@@ -322,7 +254,7 @@ struct SendsAtExit {
 TEST(CurlHTTPClientDeathTest, CancelsWhatIsSentAfterItsEnd) {
   const auto sendAtExit = [] {
     sendsAtExit.loop = std::make_shared<StandardRunLoop>();
-    sendsAtExit.client = makeCurlHTTPClient("", sendsAtExit.loop);
+    sendsAtExit.client = makeCurlHTTPClient({}, sendsAtExit.loop);
     std::exit(0);
   };
   EXPECT_EXIT(sendAtExit(), testing::ExitedWithCode(static_cast<int>(TransferError::cancelled)),

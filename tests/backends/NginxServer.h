@@ -147,10 +147,13 @@ http {
       add_header X-Request "$server_protocol $request_method $request_uri";
       add_header X-Fields "$http_user_agent|$content_type|$http_x_empty|$http_expect";
       add_header X-Body $request_body;
+      add_header X-Authorization $http_authorization;
     }
     location /304 { return 304; }
-    location /redirect { return 302 /echo; }
+    location /redirect { absolute_redirect off; return 302 /echo; }
     location /redirect-to-ftp { return 302 ftp://127.0.0.1/x; }
+    location /redirect-to-http { return 302 $plain/ok; }
+    location /redirect-elsewhere { return 307 http://other.example/echo; }
     location /loop { return 302 /loop; }
   }
 }

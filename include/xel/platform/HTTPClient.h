@@ -75,6 +75,7 @@ enum class TransferError : int {
   badResponse = 10,    ///< What came back was not HTTP, or could not be decoded.
   tooManyRedirects = 11,
   proxyFailed = 12,
+  redirectRefused = 13,  ///< A redirect led where `RedirectRule` lets none lead.
 };
 
 inline constexpr std::string_view transferErrorDomain = "XELTransferError";

@@ -8,6 +8,7 @@
 #include "xel/platform/Export.h"
 #include "xel/platform/HTTPClient.h"
 #include "xel/platform/Log.h"
+#include "xel/platform/RedirectRule.h"
 #include "xel/platform/RunLoop.h"
 
 namespace xel {
@@ -30,6 +31,7 @@ struct DefaultPlatformOptions {
   Services services = {};
   /// A PEM file of the certificate authorities to trust; empty: the system's.
   std::string caFile = {};
+  RedirectRule redirects = RedirectRule::notInward;
   /// The host's main run loop; null: `StandardRunLoop::main()`.
   std::shared_ptr<RunLoop> mainRunLoop = nullptr;
 };

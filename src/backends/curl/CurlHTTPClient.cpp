@@ -20,10 +20,10 @@ std::chrono::steady_clock::time_point deadlineOf(const HTTPRequest& request) {
 
 class CurlHTTPClient final : public HTTPClient {
  public:
-  CurlHTTPClient(std::string caFile, std::shared_ptr<RunLoop> loop)
+  CurlHTTPClient(CurlSettings settings, std::shared_ptr<RunLoop> loop)
       : loop_(std::move(loop)),
         box_(std::make_shared<CompletionBox>(*loop_)),
-        thread_(std::move(caFile), *box_) {}
+        thread_(std::move(settings), *box_) {}
 
   ~CurlHTTPClient() override {
     thread_.stop();
@@ -50,9 +50,9 @@ class CurlHTTPClient final : public HTTPClient {
 
 }  // namespace
 
-std::shared_ptr<HTTPClient> makeCurlHTTPClient(std::string caFile,
+std::shared_ptr<HTTPClient> makeCurlHTTPClient(CurlSettings settings,
                                                std::shared_ptr<RunLoop> mainRunLoop) {
-  return std::make_shared<CurlHTTPClient>(std::move(caFile), std::move(mainRunLoop));
+  return std::make_shared<CurlHTTPClient>(std::move(settings), std::move(mainRunLoop));
 }
 
 }  // namespace xel

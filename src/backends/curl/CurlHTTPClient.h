@@ -1,17 +1,16 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "xel/platform/HTTPClient.h"
 #include "xel/platform/RunLoop.h"
+
+#include "backends/curl/CurlSettings.h"
 
 namespace xel {
 
 /// The HTTP client over libcurl: HTTP/1.1 and HTTP/2, TLS always verified, proxies as the
 /// environment has them (http_proxy, no_proxy and so on), no cache and no cookies.
-///
-/// `caFile`: a PEM file of the certificate authorities to trust; empty: the system's.
 ///
 /// To one scheme, host and port at most 6 requests are under way at a time, or 64 once the host
 /// has answered over HTTP/2. The others wait, those with the earliest time-out first. A request's
@@ -24,7 +23,7 @@ namespace xel {
 /// Ends when it is destroyed, and at process exit: what is under way is given up at once and not
 /// reported; a later `send` completes with `TransferError::cancelled`. A forked child must make a
 /// client of its own; it may destroy the one that it has inherited, and do nothing else with it.
-std::shared_ptr<HTTPClient> makeCurlHTTPClient(std::string caFile,
+std::shared_ptr<HTTPClient> makeCurlHTTPClient(CurlSettings settings,
                                                std::shared_ptr<RunLoop> mainRunLoop);
 
 }  // namespace xel

@@ -6,8 +6,8 @@
 
 namespace xel {
 
-CurlScheduler::CurlScheduler(std::string caFile, CompletionBox& results)
-    : caFile_(std::move(caFile)), results_(results), multi_(curl_multi_init()) {
+CurlScheduler::CurlScheduler(CurlSettings settings, CompletionBox& results)
+    : settings_(std::move(settings)), results_(results), multi_(curl_multi_init()) {
   if (!multi_) throw std::bad_alloc();
   // Idle connections to keep. By default it would shrink with the number of active transfers.
   curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, 64L);
@@ -56,7 +56,7 @@ void CurlScheduler::startWaiting() {
 }
 
 void CurlScheduler::start(Host& host, CurlJob job) {
-  auto active = std::make_unique<Active>(host, std::move(job), caFile_);
+  auto active = std::make_unique<Active>(host, std::move(job), settings_);
   CURL* handle = active->transfer.handle();
   active_.emplace(handle, std::move(active));
   curl_multi_add_handle(multi_.get(), handle);

@@ -10,6 +10,7 @@
 #include "backends/curl/CompletionBox.h"
 #include "backends/curl/CurlHandles.h"
 #include "backends/curl/CurlJob.h"
+#include "backends/curl/CurlSettings.h"
 #include "backends/curl/CurlTransfer.h"
 #include "backends/curl/HostQueue.h"
 
@@ -20,7 +21,7 @@ namespace xel {
 class CurlScheduler {
  public:
   /// `results` must outlive this.
-  CurlScheduler(std::string caFile, CompletionBox& results);
+  CurlScheduler(CurlSettings settings, CompletionBox& results);
   ~CurlScheduler();
   CurlScheduler(const CurlScheduler&) = delete;
   CurlScheduler& operator=(const CurlScheduler&) = delete;
@@ -37,8 +38,8 @@ class CurlScheduler {
   /// Nodes of the map, which stay where they are.
   using Host = std::pair<const std::string, HostQueue>;
   struct Active {
-    Active(Host& to, CurlJob job, const std::string& caFile)
-        : host(to), transfer(std::move(job), caFile) {}
+    Active(Host& to, CurlJob job, const CurlSettings& settings)
+        : host(to), transfer(std::move(job), settings) {}
     Host& host;
     CurlTransfer transfer;
   };
@@ -50,7 +51,7 @@ class CurlScheduler {
   void finish(CURL* handle, CURLcode code);
   void wait();
 
-  const std::string caFile_;
+  const CurlSettings settings_;
   CompletionBox& results_;
   CurlMulti multi_;
   std::unordered_map<std::string, HostQueue> hosts_;

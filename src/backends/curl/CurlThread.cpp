@@ -30,12 +30,12 @@ class SignalsBlocked {
 
 }  // namespace
 
-CurlThread::CurlThread(std::string caFile, CompletionBox& results) : process_(getpid()) {
+CurlThread::CurlThread(CurlSettings settings, CompletionBox& results) : process_(getpid()) {
   if (!LiveThreads::add(*this)) {
     stopping_ = true;
     return;
   }
-  scheduler_ = std::make_unique<CurlScheduler>(std::move(caFile), results);
+  scheduler_ = std::make_unique<CurlScheduler>(std::move(settings), results);
   const SignalsBlocked blocked;
   thread_ = std::thread(&CurlThread::run, this);
 }

@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <mutex>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -18,7 +17,7 @@ namespace xel {
 class CurlThread {
  public:
   /// `results` must outlive this.
-  CurlThread(std::string caFile, CompletionBox& results);
+  CurlThread(CurlSettings settings, CompletionBox& results);
   ~CurlThread();
   CurlThread(const CurlThread&) = delete;
   CurlThread& operator=(const CurlThread&) = delete;

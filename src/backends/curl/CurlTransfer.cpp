@@ -36,17 +36,22 @@ std::vector<HTTPHeader> answerHeaders(CURL* easy) {
 
 }  // namespace
 
-CurlTransfer::CurlTransfer(CurlJob job, const std::string& caFile)
-    : job_(std::move(job)), ping_(job_.request.trackingEvent.has_value()), easy_(curl_easy_init()) {
+CurlTransfer::CurlTransfer(CurlJob job, const CurlSettings& settings)
+    : job_(std::move(job)),
+      ping_(job_.request.trackingEvent.has_value()),
+      redirects_(settings.redirects, ping_),
+      easy_(curl_easy_init()) {
   if (!easy_) throw std::bad_alloc();
   set(CURLOPT_ERRORBUFFER, errorText_.data());
   set(CURLOPT_WRITEFUNCTION, &receive);
   set(CURLOPT_WRITEDATA, this);
+  set(CURLOPT_PREREQFUNCTION, &beforeSending);
+  set(CURLOPT_PREREQDATA, this);
   set(CURLOPT_URL, job_.request.url.c_str());
   set(CURLOPT_PATH_AS_IS, 1L);
   setMethodAndBody();
   setHeaders();
-  setLimits(caFile);
+  setLimits(settings.caFile);
 }
 
 template <typename T>
@@ -101,6 +106,14 @@ void CurlTransfer::setLimits(const std::string& caFile) {
   if (!caFile.empty()) set(CURLOPT_CAINFO, caFile.c_str());
 }
 
+int CurlTransfer::beforeSending(void* transfer, char* address, char* localAddress, int port, int) {
+  auto& self = *static_cast<CurlTransfer*>(transfer);
+  const bool allowed = self.redirects_.allows(
+      {info<const char*>(self.handle(), CURLINFO_EFFECTIVE_URL), address, localAddress, port,
+       info<long>(self.handle(), CURLINFO_REDIRECT_COUNT) > 0});
+  return allowed ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+}
+
 std::size_t CurlTransfer::receive(char* data, std::size_t size, std::size_t count, void* transfer) {
   auto& self = *static_cast<CurlTransfer*>(transfer);
   const std::size_t bytes = size * count;
@@ -115,6 +128,7 @@ std::size_t CurlTransfer::receive(char* data, std::size_t size, std::size_t coun
 
 TransferError CurlTransfer::errorFor(CURLcode code) const {
   if (tooLarge_) return TransferError::tooLarge;
+  if (!redirects_.refusal().empty()) return TransferError::redirectRefused;
   if (code == CURLE_UNSUPPORTED_PROTOCOL) {
     // Either a redirect led to another scheme, or the answer was not HTTP/1 or later.
     const std::string_view url = info<const char*>(handle(), CURLINFO_EFFECTIVE_URL);
@@ -123,13 +137,16 @@ TransferError CurlTransfer::errorFor(CURLcode code) const {
   return transferErrorFor(code);
 }
 
+std::string CurlTransfer::reasonFor(CURLcode code) const {
+  if (tooLarge_) return "The answer is longer than the client accepts.";
+  if (!redirects_.refusal().empty()) return redirects_.refusal();
+  return errorText_[0] != '\0' ? errorText_.data() : curl_easy_strerror(code);
+}
+
 HTTPResult CurlTransfer::takeResult(CURLcode code) {
   HTTPResult result;
   if (code != CURLE_OK) {
-    std::string text = tooLarge_               ? "The answer is longer than the client accepts."
-                       : errorText_[0] != '\0' ? errorText_.data()
-                                               : curl_easy_strerror(code);
-    result.error = makeTransferError(errorFor(code), std::move(text));
+    result.error = makeTransferError(errorFor(code), reasonFor(code));
     return result;
   }
   result.response.status = static_cast<int>(info<long>(handle(), CURLINFO_RESPONSE_CODE));

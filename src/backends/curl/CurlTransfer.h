@@ -10,13 +10,15 @@
 
 #include "backends/curl/CurlHandles.h"
 #include "backends/curl/CurlJob.h"
+#include "backends/curl/CurlSettings.h"
+#include "backends/curl/RedirectGuard.h"
 
 namespace xel {
 
 /// One request under way, and what has been received of its answer. I/O thread only.
 class CurlTransfer {
  public:
-  CurlTransfer(CurlJob job, const std::string& caFile);
+  CurlTransfer(CurlJob job, const CurlSettings& settings);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
@@ -30,6 +32,7 @@ class CurlTransfer {
   std::optional<bool> answeredOverHTTP2() const;
 
  private:
+  static int beforeSending(void* transfer, char* address, char* localAddress, int port, int);
   static std::size_t receive(char* data, std::size_t size, std::size_t count, void* transfer);
 
   template <typename T>
@@ -38,6 +41,7 @@ class CurlTransfer {
   void setHeaders();
   void setLimits(const std::string& caFile);
   TransferError errorFor(CURLcode code) const;
+  std::string reasonFor(CURLcode code) const;
 
   const CurlJob job_;
   const bool ping_;
@@ -45,6 +49,7 @@ class CurlTransfer {
   std::array<char, CURL_ERROR_SIZE> errorText_{};
   std::string body_;
   bool tooLarge_ = false;
+  RedirectGuard redirects_;
   CurlEasy easy_;
 };
 
