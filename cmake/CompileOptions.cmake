@@ -21,7 +21,8 @@ endif()
 if(XEL_SANITIZE)
   # GCC cannot tell whether instrumented code initialises what it uses.
   target_compile_options(xel_options INTERFACE -fsanitize=${XEL_SANITIZE} -fno-omit-frame-pointer
-                         -fno-sanitize-recover=all -Wno-maybe-uninitialized)
+                         -fno-sanitize-recover=all
+                         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_compile_definitions(xel_options INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(xel_options INTERFACE -fsanitize=${XEL_SANITIZE})
 endif()
