@@ -24,6 +24,15 @@ constexpr std::string_view allowedPrefix = "xelfw_";
 
 bool isPresent(const std::optional<std::string>& text) { return text && !text->empty(); }
 
+/// The endpoint at a host and port; at none, which no client accepts, where the text says more than
+/// those, such as a scheme or a user that would have the request go elsewhere.
+std::string endpoint(const std::string& hostAndPort) {
+  if (hostAndPort.find_first_of("/\\?#@") == std::string::npos) return "https://" + hostAndPort;
+  xel::Platform::current().log->line("Error: The stream-init host \"" + hostAndPort +
+                                     "\" must be a host name, with or without a port");
+  return "https://";
+}
+
 }  // namespace
 
 std::optional<xel::HTTPRequest> XELRequestBuilder::buildRequestFromStreamRequest_correlator(
@@ -55,13 +64,13 @@ std::optional<xel::HTTPRequest> XELRequestBuilder::buildRequestFromStreamRequest
 
 std::string XELRequestBuilder::buildStreamInitUrlWithLiveRequest(
     const XELLiveStreamRequest& request) {
-  return "https://" + xel::Platform::current().services.liveHost +
+  return endpoint(xel::Platform::current().services.liveHost) +
          fillTemplate("/ssai/event/%@/streams", {request.assetKey()});
 }
 
 std::string XELRequestBuilder::buildStreamInitUrlWithVODRequest(
     const XELVODStreamRequest& request) {
-  return "https://" + xel::Platform::current().services.vodHost +
+  return endpoint(xel::Platform::current().services.vodHost) +
          fillTemplate("/ondemand/hls/content/%@/vid/%@/streams",
                       {request.contentSourceID(), request.videoID()});
 }

@@ -13,6 +13,12 @@ std::string written(const HTTPRequest& request) {
   return text + "\n" + request.body;
 }
 
+ScopedPlatform withHosts(const std::string& host) {
+  Platform changed = Platform::current();
+  changed.services.liveHost = changed.services.vodHost = host;
+  return ScopedPlatform(std::move(changed));
+}
+
 TEST_F(XELRequestBuilderTest, WritesALiveRequestWithEverything) {
   const auto request = XELLiveStreamRequest::initWithAssetKey("as set/ä");
   request->setApiKey("key");
@@ -83,6 +89,29 @@ TEST_F(XELRequestBuilderTest, RefusesOtherKindsAndRequestsWithoutIdentifiers) {
                  "Invalid parameter not satisfying: assetKey",
                  "Invalid parameter not satisfying: contentSourceID",
                  "Invalid parameter not satisfying: videoID"};
+}
+
+TEST_F(XELRequestBuilderTest, LeadsToTheConfiguredHostOverHTTPSOrNowhere) {
+  const auto live = XELLiveStreamRequest::initWithAssetKey("k");
+  const auto vod = XELVODStreamRequest::initWithContentSourceID_videoID("s", "v");
+  for (const std::string host : {"h.example", "h.example:80", "[::1]:8443"}) {
+    const auto scope = withHosts(host);
+    EXPECT_TRUE(XELRequestBuilder::buildStreamInitUrlWithLiveRequest(*live).starts_with(
+        "https://" + host + "/ssai/"));
+    EXPECT_TRUE(XELRequestBuilder::buildStreamInitUrlWithVODRequest(*vod).starts_with(
+        "https://" + host + "/ondemand/"));
+  }
+  for (const std::string host :
+       {"http://h", "https://h", "//h", "u@h", "u:p@h", "h/p?", "h#", "h\\", ""}) {
+    const auto scope = withHosts(host);
+    for (const auto& request : std::vector<std::shared_ptr<XELStreamRequest>>{live, vod}) {
+      const auto built = XELRequestBuilder::buildRequestFromStreamRequest_correlator(request, 1);
+      EXPECT_EQ(built->refusal(), "The URL names no host.") << built->url;
+      if (host.empty()) continue;
+      expectedLog.push_back("Error: The stream-init host \"" + host +
+                            "\" must be a host name, with or without a port");
+    }
+  }
 }
 
 }  // namespace
