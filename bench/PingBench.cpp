@@ -8,7 +8,7 @@
 
 #include "backends/curl/CurlHTTPClient.h"
 #include "bench/Ratios.h"
-#include "tests/backends/NginxServer.h"
+#include "backends/NginxServer.h"
 
 namespace xel::bench {
 namespace {
