@@ -38,6 +38,8 @@ bool hasLeft(const Request& request) {
 void reset(const Request& request, Response& response) {
   const sockaddr nowhere = {.sa_family = AF_UNSPEC, .sa_data = {}};
   static_cast<void>(connect(socketOf(request), &nowhere, sizeof nowhere));
+  // Else OpenSSL would call the connection not ready yet, and httplib write to it for a second.
+  SSL_set_shutdown(const_cast<SSL*>(request.ssl), SSL_SENT_SHUTDOWN | SSL_RECEIVED_SHUTDOWN);
   response = Response();
   response.status = noAnswer;
 }
