@@ -8,7 +8,7 @@
 
 #include "xel/simulation/JSONWriter.h"
 
-#include "fuzz/Require.h"
+#include "fuzz/support/Require.h"
 #include "platform/Text.h"
 #include "vast/XELVastParser.h"
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 
 #include "xel/simulation/VastBuilder.h"
@@ -45,6 +46,16 @@ void addVast(Corpus corpus) {
       cut);
 }
 
+/// Any bytes are a script.
+void addSessions(Corpus corpus) {
+  std::mt19937 random;
+  for (int script = 0; script < 40; ++script) {
+    std::string bytes;
+    for (int left = 50 * (1 + script % 20); left > 0; --left) bytes += static_cast<char>(random());
+    corpus.add(bytes);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -54,6 +65,7 @@ int main(int argc, char** argv) {
   }
   try {
     const std::filesystem::path folder = argv[1];
+    addSessions({folder, "session"});
     addVast({folder, "vast"});
   } catch (const std::exception& error) {
     std::fprintf(stderr, "xel_fuzz_seeds: %s\n", error.what());
