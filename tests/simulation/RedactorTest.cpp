@@ -16,7 +16,7 @@ TEST(Redactor, ReplacesSecretsHoweverTheyAreWritten) {
                              "123456", "01234567-89AB-4CDE-8F01-23456789ABCD"}) {
     redactor.addSecret(secret);
   }
-  redactor.addParameters("user=77&mail=a.b%40c12&on=1");
+  redactor.addParameters("user=77&mail=a.b%40c12&on=1&likes=news&kind=live&age=1984&bare");
   const Case cases[] = {
       {"k&y/\"ä 1k&y/\"ä 1", "redacted-1redacted-1"},
       {"a=k%26y%2f%22%C3%A4%201&b", "a=redacted-1&b"},
@@ -32,11 +32,17 @@ TEST(Redactor, ReplacesSecretsHoweverTheyAreWritten) {
       {"00000000-0000-0000-0000-000000000000", "00000000-0000-0000-0000-000000000000"},
       {R"({"n":123456,"m":0.123456,"s":"a-123456"})",
        R"({"n":"redacted-3","m":0.123456,"s":"a-redacted-3"})"},
-      {"1234567 v1.123456 (123456)", "1234567 v1.123456 (redacted-3)"},
+      {"1234567 10.123456 v123456.5 x123456y", "1234567 10.123456 v123456.5 xredacted-3y"},
+      {"[123456, -123456,123456.0,1e123456 ]",
+       "[\"redacted-3\", \"redacted-3\",123456.0,\"redacted-3\" ]"},
       {"01234567-89ab-4cde-8f01-23456789abcd 0123456789AB4CDE8F0123456789ABCD",
        "00000000-0000-4000-8000-000000000004 00000000000040008000000000000004"},
-      {"?user=77&superuser=77&x=77&user=777", "?user=redacted-6&superuser=77&x=77&user=777"},
-      {"/a.b%40c12/user%3D77", "/redacted-7/user=redacted-6"},
+      {"?user=77&superuser=77&x=77&user=777", "?user=redacted-5&superuser=77&x=77&user=777"},
+      {"/a.b%40c12/a.b@c12/user%3D77", "/redacted-6/redacted-6/user=redacted-5"},
+      {"news, newsletter, x_news=news&on=1&x=1",
+       "redacted-8, newsletter, x_news=redacted-8&on=redacted-7&x=1"},
+      {"kind=live&x=live, age=1984 but 1984", "kind=redacted-9&x=live, age=redacted-10 but 1984"},
+      {"bare.example/bare", "redacted-11.example/redacted-11"},
   };
   for (const auto& [text, redacted] : cases) {
     EXPECT_EQ(redactor.text(text), redacted);
@@ -54,14 +60,14 @@ TEST(Redactor, ReplacesTheQueryValuesOfURLsButNotTheirForm) {
   redactor.keepInURLs("t.1.0");
   redactor.keepInURLs("ads.example");
   const Case cases[] = {
-      {"see https://h/p/1?a=x1&b=y.2_~-&=z&c&d= or x=1",
-       "see https://h/p/1?a=redacted-1&b=redacted-2&=redacted-3&c&d= or x=1"},
+      {"see https://h/p/1?a=x1&b=y.2_~-&=z&c&d= or\nx=1",
+       "see https://h/p/1?a=redacted-1&b=redacted-2&=redacted-3&redacted-4&d= redacted-5\nx=1"},
       {"//h?a=x1#f=y.2_~-", "//h?a=redacted-1#f=redacted-2"},
       {"https://h?a=x%31%26x1=z/+(x1)",
        "https://h?a=redacted-1%26redacted-1=redacted-3/+(redacted-1)"},
-      {"https://h?a=[TIME-STAMP]&b=%5BX%5D&c=x1[SDKV]z&d=x1t.1.0z&e=[x1 z]",
+      {"https://h?a=[TIME-STAMP]&b=%5BX%5D&c=x1[SDKV]z&d=x1t.1.0z&e=[x1 z]/f='z' z",
        "https://h?a=[TIME-STAMP]&b=%5BX%5D&c=redacted-1[SDKV]redacted-3&d=redacted-1t.1.0redacted-3"
-       "&e=[redacted-1 z]"},
+       "&e=[redacted-1 redacted-3]/redacted-6='redacted-3' z"},
       {"https://h?sdkv=t.2&ssss=xel&r=https://ads.example/p?q=x1&s=z&t=ads.examplez",
        "https://h?sdkv=t.2&ssss=xel&r=https://ads.example/"
        "p?q=redacted-1&s=redacted-3&t=ads.exampleredacted-3"},
@@ -71,11 +77,14 @@ TEST(Redactor, ReplacesTheQueryValuesOfURLsButNotTheirForm) {
        "https://o?r=https%3A%2F%2Fh%2Fp%3Fq%3Dredacted-1%26n%3Dredacted-3&x=redacted-3"},
       {R"({"vast":"<A u=\"https:\/\/h?a=x1&amp;b=z\u0026amp;c=x1\"><![CDATA[https://h?a=z]]>"})",
        R"({"vast":"<A u=\"https:\/\/h?a=redacted-1&amp;b=redacted-3\u0026amp;c=redacted-1\"><![CDATA[https://h?a=redacted-3]]>"})"},
-      {"https://h?a=x1&b;&amp;c=z&#38;d=x1&x",
-       "https://h?a=redacted-1&b;&amp;c=redacted-3&#38;d=redacted-1&x"},
+      {"https://h?x1;z&amp;b;c=z&#38;d=x1&z",
+       "https://h?redacted-1;redacted-3&amp;b;c=redacted-3&#38;d=redacted-1&redacted-3"},
+      {"<a u='//x1:z@h/p;x1/q;s=z;x1?z' v='x1'>https://h/p q;z",
+       "<a u='//redacted-1:redacted-3@h/p;redacted-1/q;s=redacted-3;redacted-1?redacted-3' "
+       "v='x1'>https://h/p q;redacted-3"},
       {"a=x1", "a=x1"},
       {"https://h?a=\\", "https://h?a=\\"},
-      {"https://h?a=%2", "https://h?a=%redacted-4"},
+      {"https://h?a=%2", "https://h?a=%redacted-7"},
   };
   for (const auto& [text, redacted] : cases) {
     EXPECT_EQ(redactor.text(text), redacted);

@@ -27,11 +27,10 @@ namespace xel::simulation {
 ///     manager = nullptr;
 ///
 /// Never in the trace: API key, auth token, advertising identifier, stream activity monitor id, the
-/// ad tag parameters "ppid", "rdid", "gdpr_consent" and "cust_params", and the values of the
-/// headers Authorization, Cookie and Set-Cookie. Each has the same replacement wherever it occurs.
-/// Of "cust_params", single values are replaced under their own names, and anywhere if they look
-/// like identifiers or addresses; digits alone, where they stand alone. A manifest URL suffix
-/// stays, unless URLs are redacted.
+/// values of the manifest URL suffix and of the ad tag parameters that are not about the stream,
+/// and those of the headers Authorization, Cookie and Set-Cookie. Each has the same replacement
+/// wherever it occurs. Single values of "cust_params" and of the suffix that are short, or words of
+/// the protocol, are replaced under their own names only.
 ///
 /// What is recorded behaves as before: each call is passed on at once, on the same thread. All that
 /// the library does on the platform between `begin` and the recorder's end is taken for the

@@ -6,12 +6,14 @@
 #include <iterator>
 
 #include "simulation/trace/DecodedText.h"
+#include "simulation/trace/ProtocolWords.h"
 
 namespace xel::simulation {
 namespace {
 
 constexpr std::size_t shortestInWords = 4;
 constexpr std::size_t shortestIdentifier = 8;
+constexpr std::size_t fewestDigits = 6;
 
 std::string mapped(std::string text, int (*map)(int)) {
   std::transform(text.begin(), text.end(), text.begin(),
@@ -28,7 +30,12 @@ bool isDigits(std::string_view text) {
   return text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-bool isWordCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool isWordCharacter(char c) {
+  return static_cast<unsigned char>(c) >= 0x80 ||
+         std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
 
 bool isOneOf(char c, std::string_view characters) {
   return characters.find(c) != std::string_view::npos;
@@ -43,8 +50,14 @@ std::size_t find(std::string_view text, std::string_view part, std::size_t from)
 }  // namespace
 
 void Redactor::addSecret(const std::string& value) {
-  if (value.find_first_not_of("0-") == std::string::npos || known_.contains(value)) return;
-  known_.insert(value);
+  addSecret(value, value.size() < shortestInWords ? Where::wholeValue
+                   : isDigits(value)              ? Where::wholeNumber
+                                                  : Where::anywhere);
+}
+
+void Redactor::addSecret(const std::string& value, Where where) {
+  if (value.find_first_not_of("0-") == std::string::npos || isProtocolWord(value)) return;
+  if (!known_.insert(value).second) return;
   const auto replacement = replacements_.of(value);
   if (Replacements::isUUID(value)) {
     for (const auto& form : {mapped(value, std::tolower), mapped(value, std::toupper), value}) {
@@ -53,28 +66,35 @@ void Redactor::addSecret(const std::string& value) {
     }
     return;
   }
-  const auto where = value.size() < shortestInWords ? Where::wholeValue
-                     : isDigits(value)              ? Where::wholeWord
-                                                    : Where::anywhere;
   add(value, replacement, where);
   auto asForm = value;
   std::replace(asForm.begin(), asForm.end(), ' ', '+');
   if (asForm != value) add(asForm, replacement, where);
+  const auto decoded = DecodedText::fromPercent(value);
+  if (decoded.hasEscapes()) add(decoded.text(), replacement, where);
 }
 
-void Redactor::addParameters(const std::string& parameters) {
-  addSecret(parameters);
-  for (std::size_t begin = 0; begin < parameters.size();) {
-    const auto end = std::min(parameters.find('&', begin), parameters.size());
-    const auto piece = parameters.substr(begin, end - begin);
-    begin = end + 1;
+void Redactor::addParameters(std::string_view parameters) {
+  while (!parameters.empty()) {
+    const auto end = std::min(parameters.find('&'), parameters.size());
+    const auto piece = parameters.substr(0, end);
+    parameters.remove_prefix(std::min(end + 1, parameters.size()));
     const auto equals = piece.find('=');
-    if (equals == std::string::npos || equals + 1 == piece.size()) continue;
-    const auto value = piece.substr(equals + 1);
-    add(piece, piece.substr(0, equals + 1) + replacements_.of(value), Where::wholeWord);
-    const bool hasDigit = value.find_first_of("0123456789") != std::string::npos;
-    const bool isAddress = value.find('@') != std::string::npos;
-    if ((value.size() >= shortestIdentifier && hasDigit) || isAddress) addSecret(value);
+    const std::string value(piece.substr(equals == std::string_view::npos ? 0 : equals + 1));
+    if (value.empty()) continue;
+    if (equals != std::string_view::npos) {
+      add(std::string(piece), std::string(piece.substr(0, equals + 1)) + replacements_.of(value),
+          Where::wholeWord);
+    }
+    const auto isIdentifier = value.size() >= shortestIdentifier &&
+                              value.find_first_of("0123456789") != std::string::npos;
+    if (isDigits(value)) {
+      if (value.size() >= fewestDigits) addSecret(value);
+    } else if (isIdentifier || value.find('@') != std::string::npos) {
+      addSecret(value);
+    } else if (value.size() >= shortestInWords) {
+      addSecret(value, Where::wholeWord);
+    }
   }
 }
 
@@ -114,7 +134,13 @@ bool Redactor::isWhole(std::string_view text, Range range, const Secret& secret)
     case Where::anywhere:
       return true;
     case Where::wholeWord:
-      return !isWordCharacter(before) && !isWordCharacter(after) && before != '.';
+      return !isWordCharacter(before) && !isWordCharacter(after);
+    case Where::wholeNumber: {
+      const auto isFraction = before == '.' && range.first > 1 && isDigit(text[range.first - 2]);
+      const auto hasFraction =
+          after == '.' && range.second + 1 < text.size() && isDigit(text[range.second + 1]);
+      return !isDigit(before) && !isDigit(after) && !isFraction && !hasFraction;
+    }
     case Where::wholeValue:
       break;
   }
@@ -122,13 +148,19 @@ bool Redactor::isWhole(std::string_view text, Range range, const Secret& secret)
   return (isFirst || isOneOf(before, "=\"")) && (isLast || isOneOf(after, "&#\"")) && !isName;
 }
 
-/// Whether the range is a number in a JSON document.
-bool Redactor::isNumber(std::string_view text, Range range) {
-  if (text.empty() || !isOneOf(text.front(), "{[")) return false;
-  const auto before = text.find_last_not_of(" \t\r\n", range.first - 1);
-  const auto after = text.find_first_not_of(" \t\r\n", range.second);
-  return before != std::string_view::npos && isOneOf(text[before], ":[,") &&
-         after != std::string_view::npos && isOneOf(text[after], ",]}");
+std::optional<Redactor::Range> Redactor::numberAround(std::string_view text, Range range) {
+  if (text.empty() || !isOneOf(text.front(), "{[")) return std::nullopt;
+  const auto [first, last] =
+      std::pair(text.substr(0, range.first).find_last_not_of("-+.eE0123456789"),
+                text.find_first_not_of("-+.eE0123456789", range.second));
+  if (first == std::string_view::npos || last == std::string_view::npos) return std::nullopt;
+  const auto before = text.find_last_not_of(" \t\r\n", first);
+  const auto after = text.find_first_not_of(" \t\r\n", last);
+  if (before == std::string_view::npos || !isOneOf(text[before], ":[,") ||
+      after == std::string_view::npos || !isOneOf(text[after], ",]}")) {
+    return std::nullopt;
+  }
+  return Range(first + 1, last);
 }
 
 std::string Redactor::replaceSecrets(std::string_view text) const {
@@ -166,10 +198,11 @@ std::string Redactor::replaceSecrets(std::string_view text) const {
   std::size_t done = 0;
   for (const auto& [begin, end, secret] : found) {
     if (begin < done) continue;
-    redacted += text.substr(done, begin - done);
-    const bool isBare = secret->where == Where::wholeWord && isNumber(text, {begin, end});
-    redacted += isBare ? '"' + secret->replacement + '"' : secret->replacement;
-    done = end;
+    const auto number =
+        secret->where == Where::wholeNumber ? numberAround(text, {begin, end}) : std::nullopt;
+    redacted += text.substr(done, (number ? number->first : begin) - done);
+    redacted += number ? '"' + secret->replacement + '"' : secret->replacement;
+    done = number ? number->second : end;
   }
   redacted += text.substr(done);
   return redacted;

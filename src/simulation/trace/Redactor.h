@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -23,9 +24,11 @@ class Redactor {
   /// four characters is replaced where it is the whole of a text or of a query value. Empty, or a
   /// UUID of zeros: no secret.
   void addSecret(const std::string& value);
-  /// Makes a secret of the parameters, such as "user=42&section=news", as a whole and each for
-  /// itself, and of values that look like identifiers.
-  void addParameters(const std::string& parameters);
+  /// Makes secrets of the values of parameters, such as "user=42&section=news": under their own
+  /// names always; anywhere those that look like identifiers; the others as whole words, but for
+  /// those with fewer than four characters, numbers with fewer than six digits, and the words of
+  /// the protocol.
+  void addParameters(std::string_view parameters);
   /// A text that stays in URLs. See `URLRedactor`.
   void keepInURLs(std::string text) { urls_.keep(std::move(text)); }
 
@@ -36,7 +39,7 @@ class Redactor {
   std::string headerValue(std::string_view name, std::string_view value);
 
  private:
-  enum class Where { anywhere, wholeWord, wholeValue };
+  enum class Where { anywhere, wholeWord, wholeNumber, wholeValue };
   struct Secret {
     std::string text;
     std::string replacement;
@@ -49,9 +52,11 @@ class Redactor {
   };
   using Range = std::pair<std::size_t, std::size_t>;
 
+  void addSecret(const std::string& value, Where where);
   void add(std::string text, std::string replacement, Where where);
   static bool isWhole(std::string_view text, Range range, const Secret& secret);
-  static bool isNumber(std::string_view text, Range range);
+  /// The number in a JSON document that the range is the digits of; absent if it is none.
+  static std::optional<Range> numberAround(std::string_view text, Range range);
   std::string replaceSecrets(std::string_view text) const;
 
   const bool redactURLs_;

@@ -1,5 +1,6 @@
 #include "simulation/trace/TraceWriter.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
@@ -78,17 +79,31 @@ void writeRequest(JSONWriter& line, const std::shared_ptr<XELStreamRequest>& req
   line.endObject();
 }
 
+// Names of ad tag parameters.
+constexpr std::array<std::string_view, 6> ofTheStream = {"iu",     "description_url", "tfcd",
+                                                         "dai-ov", "dai-ot",          "sz"};
+constexpr std::array<std::string_view, 4> ofTheViewer = {"ppid", "cust_params", "rdid",
+                                                         "gdpr_consent"};
+
+template <std::size_t count>
+bool isOneOf(std::string_view name, const std::array<std::string_view, count>& names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 void addSecrets(Redactor& redactor, const XELStreamRequest& request) {
   for (const auto& text :
        {request.apiKey(), request.authToken(), request.streamActivityMonitorID()}) {
     if (text) redactor.addSecret(*text);
   }
-  const auto& tags = request.adTagParameters();
-  for (const auto* name : {"ppid", "rdid", "gdpr_consent"}) {
-    if (const auto tag = tags.find(name); tag != tags.end()) redactor.addSecret(tag->second);
+  for (const auto& [name, value] : request.adTagParameters()) {
+    if (isOneOf(name, ofTheStream)) continue;
+    if (isOneOf(name, ofTheViewer)) redactor.addSecret(value);
+    redactor.addParameters(value);
   }
-  if (const auto tag = tags.find("cust_params"); tag != tags.end()) {
-    redactor.addParameters(tag->second);
+  if (const auto& suffix = request.manifestURLSuffix()) {
+    // By its values: of its names the client makes something.
+    const auto begin = std::min(suffix->find_first_not_of(" \t\r\n?"), suffix->size());
+    redactor.addParameters(std::string_view(*suffix).substr(begin));
   }
 }
 

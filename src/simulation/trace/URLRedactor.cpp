@@ -4,7 +4,7 @@
 #include <cctype>
 #include <cstddef>
 
-#include "simulation/trace/DecodedText.h"
+#include "simulation/trace/TextUnit.h"
 
 namespace xel::simulation {
 namespace {
@@ -12,71 +12,17 @@ namespace {
 /// The parameters that the library adds; what they hold are names and versions.
 bool isOwnParameter(std::string_view name) { return name == "sdkv" || name == "ssss"; }
 
-/// One character of a text, and how it is written there.
-struct Unit {
-  char character = 0;
-  std::size_t length = 0;
-  bool isPercent = false;
-};
-
-bool isHexadecimal(std::string_view text) {
-  return text.size() == 2 && std::isxdigit(static_cast<unsigned char>(text[0])) != 0 &&
-         std::isxdigit(static_cast<unsigned char>(text[1])) != 0;
-}
-
-/// "%2F", also escaped again and again: "%252F".
-Unit percentUnit(std::string_view text) {
-  std::size_t at = 1;
-  while (text.substr(at, 2) == "25" && isHexadecimal(text.substr(at + 2, 2))) at += 2;
-  const auto decoded = DecodedText::fromPercent("%" + std::string(text.substr(at, 2)));
-  if (!decoded.hasEscapes()) return {'%', 1, false};
-  return {decoded.text()[0], at + 2, true};
-}
-
-Unit escapeUnit(std::string_view escape, DecodedText (*decode)(std::string_view)) {
-  const auto decoded = decode(escape);
-  const auto [begin, end] = decoded.source({0, 1});
-  if (!decoded.hasEscapes() || end != escape.size()) return {escape[begin], 1, false};
-  // Beyond ASCII it is a letter like any other.
-  return {decoded.text().size() == 1 ? decoded.text()[0] : '\x80', escape.size(), false};
-}
-
-Unit unitAt(std::string_view text, std::size_t at) {
-  const auto rest = text.substr(std::min(at, text.size()), 16);
-  if (rest.empty()) return {};
-  if (rest[0] == '%') return percentUnit(rest);
-  if (rest[0] == '&') {
-    const auto end = std::min(rest.find(';'), rest.size() - 1);
-    return escapeUnit(rest.substr(0, end + 1), DecodedText::fromXML);
-  }
-  if (rest[0] != '\\') return {rest[0], 1, false};
-  auto unit = escapeUnit(rest.substr(0, rest.starts_with("\\u") ? 6 : 2), DecodedText::fromJSON);
-  // XML within JSON.
-  if (unit.character == '&' && rest.substr(unit.length).starts_with("amp;")) unit.length += 4;
-  return unit;
+bool isOneOf(char c, std::string_view characters) {
+  return characters.find(c) != std::string_view::npos;
 }
 
 bool isWordCharacter(char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return byte >= 0x80 || std::isalnum(byte) != 0 ||
-         std::string_view("-._~").find(c) != std::string_view::npos;
+  return byte >= 0x80 || std::isalnum(byte) != 0 || isOneOf(c, "-._~");
 }
 
-bool endsURL(char c) {
-  return static_cast<unsigned char>(c) <= ' ' ||
-         std::string_view("\"<>\x7F").find(c) != std::string_view::npos;
-}
-
-/// The length of what begins there as the text does; 0 where something else does.
-std::size_t lengthOf(std::string_view part, std::string_view text, std::size_t at) {
-  const auto begin = at;
-  for (const char wanted : part) {
-    const auto unit = unitAt(text, at);
-    if (unit.length == 0 || unit.character != wanted) return 0;
-    at += unit.length;
-  }
-  return at - begin;
-}
+/// A blank ends no URL: what stands behind it may belong to one that is written badly.
+bool endsURL(char c) { return static_cast<unsigned char>(c) < ' ' || isOneOf(c, "\"<>\x7F"); }
 
 /// The length of a macro, brackets included; 0 where there is none.
 std::size_t macroLength(std::string_view text, std::size_t at) {
@@ -107,7 +53,7 @@ class URLRedactor::Scan {
       }
       const bool isEscaped = text_[at_] == '%';
       copy(slashes);
-      url(State::address, isEscaped);
+      url(true, isEscaped);
     }
     return std::move(out_);
   }
@@ -120,12 +66,45 @@ class URLRedactor::Scan {
     }
     const bool isAbsolute =
         text_.substr(scheme).starts_with("://") || text_.substr(at_).starts_with("//");
-    if (!isAbsolute) url(State::name, false);
+    // With a blank in it, it is neither the one nor the other.
+    const auto end = text_.find_last_not_of(" \t\r\n") + 1;
+    const bool hasBlank = text_.substr(0, end).find(' ', at_) != std::string_view::npos;
+    if (!isAbsolute && !hasBlank) url(false, false);
     return text();
   }
 
  private:
-  enum class State { address, name, value };
+  enum class State { user, address, name, value };
+
+  /// Whether one of the characters comes before the URL, or this part of it, ends.
+  bool comesBefore(char wanted, std::string_view ends) const {
+    for (auto at = at_;;) {
+      const auto unit = unitAt(text_, at);
+      if (unit.length > 0 && unit.character == wanted) return true;
+      if (unit.length == 0 || endsURL(unit.character) || endsQuoted(at)) return false;
+      if (isOneOf(unit.character, ends)) return false;
+      at += unit.length;
+    }
+  }
+
+  /// Whether an attribute in single quotes ends there; they may stand within a URL as well.
+  bool endsQuoted(std::size_t at) const {
+    if (lengthOf("'", text_, at) == 0) return false;
+    at += lengthOf("'", text_, at);
+    return lengthOf(" ", text_, at) > 0 || lengthOf(">", text_, at) > 0 ||
+           lengthOf("/>", text_, at) > 0;
+  }
+
+  void beginAddress() {
+    // A user, perhaps with a password.
+    state_ = comesBefore('@', " /?#") ? State::user : State::address;
+  }
+
+  /// What has no name is a value.
+  void beginParameter() {
+    name_.clear();
+    state_ = comesBefore('=', isInPath_ ? "&#;/?" : "&#") ? State::name : State::value;
+  }
 
   void copy(std::size_t length) {
     out_ += text_.substr(at_, length);
@@ -134,15 +113,20 @@ class URLRedactor::Scan {
 
   /// Up to the end of the URL.
   /// @param isEscaped whether the URL itself stands in the value of a query or a form.
-  void url(State state, bool isEscaped) {
-    state_ = state;
+  void url(bool isAddress, bool isEscaped) {
     isWithin_ = isEscaped;
-    name_.clear();
+    isInPath_ = false;
+    if (isAddress) {
+      beginAddress();
+    } else {
+      beginParameter();
+    }
     wordBegin_ = at_;
     for (auto unit = unitAt(text_, at_); unit.length > 0; unit = unitAt(text_, at_)) {
-      if ((!unit.isPercent || isEscaped) && endsURL(unit.character)) break;
+      if ((!unit.isPercent || isEscaped) && (endsURL(unit.character) || endsQuoted(at_))) break;
       if (isEscaped && !unit.isPercent && unit.character == '&') break;
-      if (state_ == State::value && isWordCharacter(unit.character)) {
+      const bool isReplaced = state_ == State::user || state_ == State::value;
+      if (isReplaced && isWordCharacter(unit.character)) {
         word_ += unit.character;
         at_ += unit.length;
         continue;
@@ -153,8 +137,7 @@ class URLRedactor::Scan {
     endWord();
   }
 
-  void outsideWord(const Unit& unit) {
-    const bool isSeparator = unit.character == '&' && (isWithin_ || !unit.isPercent);
+  void outsideWord(const TextUnit& unit) {
     if (unit.character == '[') {
       endWord();
       if (const auto length = macroLength(text_, at_)) return copy(length);
@@ -162,21 +145,37 @@ class URLRedactor::Scan {
       // What was read is the scheme of a URL within.
       keepWord();
       isWithin_ = true;
-      state_ = State::address;
-      return copy(length);
+      isInPath_ = false;
+      copy(length);
+      return beginAddress();
     }
     endWord();
-    if (unit.character == '#' || (unit.character == '?' && state_ == State::address) ||
-        (isSeparator && (state_ != State::address || isWithin_))) {
-      state_ = State::name;
-      name_.clear();
+    copy(unit.length);
+    move(unit);
+  }
+
+  /// Into another part of the URL, where one begins behind the character.
+  void move(const TextUnit& unit) {
+    const bool isPath = state_ == State::address || isInPath_;
+    const bool isSeparator = unit.character == '&' && (isWithin_ || !unit.isPercent);
+    if (state_ == State::user) {
+      if (unit.character == '@') state_ = State::address;
+    } else if (unit.character == '#' || (unit.character == '?' && isPath) ||
+               (isSeparator && (!isPath || isWithin_))) {
+      isInPath_ = false;
       if (!unit.isPercent && unit.character == '&') isWithin_ = false;
+      beginParameter();
+    } else if (unit.character == ';' && isPath) {
+      isInPath_ = true;
+      beginParameter();
+    } else if (unit.character == '/' && isInPath_) {
+      isInPath_ = false;
+      state_ = State::address;
     } else if (unit.character == '=' && state_ == State::name) {
       state_ = State::value;
     } else if (state_ == State::name) {
       name_ += unit.character;
     }
-    copy(unit.length);
   }
 
   void keepWord() {
@@ -199,6 +198,8 @@ class URLRedactor::Scan {
   State state_ = State::address;
   /// Whether an escaped "&" separates, since the URL stands within another's query.
   bool isWithin_ = false;
+  /// Whether in a parameter of the path, behind a ";".
+  bool isInPath_ = false;
   std::string name_;
   std::string word_;
   std::size_t wordBegin_ = 0;

@@ -8,10 +8,10 @@
 
 namespace xel::simulation {
 
-/// Replaces the values in the queries of URLs, word by word, and leaves everything that gives a URL
-/// its form: names, punctuation, escapes, macros such as "[TIMESTAMP]", and the addresses of URLs
-/// within. So a client does the same with the URL as before. URLs are found in any text, also where
-/// it is JSON, XML, or escaped once for a query.
+/// Replaces the values in URLs, word by word: those of queries, fragments and path parameters, and
+/// users. Leaves everything that gives a URL its form: names, punctuation, escapes, macros such as
+/// "[TIMESTAMP]", and the addresses of URLs within. So a client does the same with the URL as
+/// before. URLs are found in any text, also where it is JSON, XML, or escaped once for a query.
 class URLRedactor {
  public:
   explicit URLRedactor(Replacements& replacements) : replacements_(replacements) {}
