@@ -182,7 +182,7 @@ class Script {
 
   /// Waits for all answers, lets go of everything, and waits once more.
   void end() {
-    constexpr double longestTransfer = 60;
+    constexpr double longestTransfer = 10;
     platform_.loop().advance(longestTransfer);
     requireRules();
     bool mayPoll = false;

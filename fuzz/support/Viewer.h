@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -46,11 +47,16 @@ class Viewer {
   std::shared_ptr<simulation::ScriptedDisplay> display() const { return weakDisplay_.lock(); }
   bool hasManager() const { return manager_ != nullptr; }
 
-  void request(bool live) {
+  /// @param suffix for the manifest's URL.
+  void request(bool live, std::optional<std::string> suffix = {}) {
     if (!manager_) return;
     ++requested_;
-    if (live) return manager_->requestStream(XELLiveStreamRequest::initWithAssetKey(name_));
-    manager_->requestStream(XELVODStreamRequest::initWithContentSourceID_videoID(name_, "video"));
+    std::shared_ptr<XELStreamRequest> request = XELLiveStreamRequest::initWithAssetKey(name_);
+    if (!live) {
+      request = XELVODStreamRequest::initWithContentSourceID_videoID(name_, "video");
+    }
+    request->setManifestURLSuffix(std::move(suffix));
+    manager_->requestStream(std::move(request));
   }
   void requestNothing() {
     if (!manager_) return;
@@ -149,6 +155,7 @@ class Viewer {
 
   /// Each stream has a monitor of its own, which is the display's delegate.
   void followStream(const simulation::RecordingDelegate::Event& event) {
+    if (!heardAll_) return;
     const auto display = this->display();
     const auto monitor = display ? display->delegate() : nullptr;
     if (monitor != monitor_.lock()) {
