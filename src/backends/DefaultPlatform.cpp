@@ -17,8 +17,8 @@ Platform Platform::makeDefault(const DefaultPlatformOptions& options) {
 
   const auto& identifier = options.host.advertisingIdentifier;
   if (identifier && !canonicalUUID(*identifier)) {
-    platform.log->line("The advertising identifier \"" + *identifier +
-                       "\" is not a UUID; continuing without one, with tracking off.");
+    platform.log->line(
+        "The advertising identifier is not a UUID; continuing without one, with tracking off.");
   }
   return platform;
 }

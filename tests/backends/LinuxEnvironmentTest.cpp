@@ -86,7 +86,7 @@ TEST(LinuxEnvironmentTest, TheDefaultPlatformCarriesTheHostsFactsAndReportsABadI
   testing::internal::CaptureStderr();
   const auto platform = Platform::makeDefault({.host = {"com.example.player", {}, "a\nb", true}});
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "The advertising identifier \"a?b\" is not a UUID; continuing without one, with "
+            "The advertising identifier is not a UUID; continuing without one, with "
             "tracking off.\n");
   EXPECT_EQ(platform.environment->applicationIdentifier(), "com.example.player");
   EXPECT_NE(platform.environment->libraryVersion().value_or(""), "");

@@ -6,6 +6,7 @@
 #include "xel/simulation/JSONWriter.h"
 #include "xel/simulation/ObservingDisplay.h"
 #include "xel/simulation/RecordingDelegate.h"
+#include "xel/simulation/Redaction.h"
 #include "xel/simulation/ScriptedDisplay.h"
 #include "xel/simulation/ScriptedMediaPlayer.h"
 #include "xel/simulation/SimulatedPlatform.h"

@@ -77,14 +77,13 @@ void Redactor::addSecret(const std::string& value, Where where) {
 void Redactor::addParameters(std::string_view parameters) {
   while (!parameters.empty()) {
     const auto end = std::min(parameters.find('&'), parameters.size());
-    const auto piece = parameters.substr(0, end);
+    const std::string piece(parameters.substr(0, end));
     parameters.remove_prefix(std::min(end + 1, parameters.size()));
     const auto equals = piece.find('=');
-    const std::string value(piece.substr(equals == std::string_view::npos ? 0 : equals + 1));
+    const auto value = piece.substr(equals == std::string::npos ? 0 : equals + 1);
     if (value.empty()) continue;
-    if (equals != std::string_view::npos) {
-      add(std::string(piece), std::string(piece.substr(0, equals + 1)) + replacements_.of(value),
-          Where::wholeWord);
+    if (equals != std::string::npos && !known_.contains(piece)) {
+      add(piece, piece.substr(0, equals + 1) + replacements_.of(value), Where::wholeWord);
     }
     const auto isIdentifier = value.size() >= shortestIdentifier &&
                               value.find_first_of("0123456789") != std::string::npos;
@@ -181,8 +180,9 @@ std::string Redactor::replaceSecrets(std::string_view text) const {
     }
   };
   search(text);
-  for (const auto decode : {DecodedText::fromJSON, DecodedText::fromXML, DecodedText::fromPercent,
-                            DecodedText::fromPercent}) {
+  for (const auto decode :
+       {DecodedText::fromJSON, DecodedText::fromXML, DecodedText::fromPercent,
+        DecodedText::fromPercent, DecodedText::fromPercent, DecodedText::fromPercent}) {
     auto decoded = decode(layers.empty() ? text : std::string_view(layers.back().text()));
     if (!decoded.hasEscapes()) continue;
     layers.push_back(std::move(decoded));

@@ -1,6 +1,5 @@
 #include "simulation/trace/TraceWriter.h"
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
@@ -12,6 +11,8 @@
 #include "xel/session/XELLiveStreamRequest.h"
 #include "xel/session/XELVODStreamRequest.h"
 #include "xel/simulation/TraceReader.h"
+
+#include "simulation/trace/SessionSecrets.h"
 
 namespace xel::simulation {
 namespace {
@@ -77,34 +78,6 @@ void writeRequest(JSONWriter& line, const std::shared_ptr<XELStreamRequest>& req
   if (request->manifestURLSuffix())
     line.name("manifestURLSuffix").url(request->manifestURLSuffix());
   line.endObject();
-}
-
-// Names of ad tag parameters.
-constexpr std::array<std::string_view, 6> ofTheStream = {"iu",     "description_url", "tfcd",
-                                                         "dai-ov", "dai-ot",          "sz"};
-constexpr std::array<std::string_view, 4> ofTheViewer = {"ppid", "cust_params", "rdid",
-                                                         "gdpr_consent"};
-
-template <std::size_t count>
-bool isOneOf(std::string_view name, const std::array<std::string_view, count>& names) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-void addSecrets(Redactor& redactor, const XELStreamRequest& request) {
-  for (const auto& text :
-       {request.apiKey(), request.authToken(), request.streamActivityMonitorID()}) {
-    if (text) redactor.addSecret(*text);
-  }
-  for (const auto& [name, value] : request.adTagParameters()) {
-    if (isOneOf(name, ofTheStream)) continue;
-    if (isOneOf(name, ofTheViewer)) redactor.addSecret(value);
-    redactor.addParameters(value);
-  }
-  if (const auto& suffix = request.manifestURLSuffix()) {
-    // By its values: of its names the client makes something.
-    const auto begin = std::min(suffix->find_first_not_of(" \t\r\n?"), suffix->size());
-    redactor.addParameters(std::string_view(*suffix).substr(begin));
-  }
 }
 
 }  // namespace

@@ -26,7 +26,8 @@ TEST(TerminalView, KeepsTheStatusBelowEventsAndLogLines) {
   char* written = nullptr;
   std::size_t size = 0;
   std::FILE* const file = open_memstream(&written, &size);
-  auto view = std::make_shared<TerminalView>(file);
+  auto view =
+      std::make_shared<TerminalView>(file, [](std::string_view text) { return std::string(text); });
   const auto ad = XELAd::initPrivate();
   ad->setAdTitle(std::string(100, 'x'));
   ad->setAdPosition(1);

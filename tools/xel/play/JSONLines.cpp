@@ -55,19 +55,21 @@ struct AddFields {
 }  // namespace
 
 void addMembers(JSONWriter& line, const PlayEvent& event) {
-  line.member("event", std::visit([](const auto& any) { return any.name; }, event));
+  line.name("event").keyword(std::visit([](const auto& any) { return any.name; }, event));
   std::visit(AddFields{line}, event);
 }
 
-std::string toJSON(double time, const PlayEvent& event) {
-  JSONWriter line;
+std::string toJSON(double time, const PlayEvent& event, const OutputFilter& filter) {
+  JSONWriter line([&filter](std::string_view text, JSONWriter::TextKind) {
+    return filter ? filter(text) : std::string(text);
+  });
   line.beginObject().member("t", time);
   addMembers(line, event);
   return line.endObject().text();
 }
 
 void JSONLines::show(double time, const PlayEvent& event) {
-  const auto line = toJSON(time, event) + '\n';
+  const auto line = toJSON(time, event, filter_) + '\n';
   std::fwrite(line.data(), 1, line.size(), out_);
   std::fflush(out_);
 }

@@ -7,7 +7,7 @@ namespace xel {
 void PlainView::show(double time, const PlayEvent& event) {
   const auto line = toLine(time, event);
   if (!line) return;
-  std::fputs((*line + '\n').c_str(), out_);
+  std::fputs((filter_(*line) + '\n').c_str(), out_);
   std::fflush(out_);
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdio>
+#include <utility>
 
+#include "play/OutputFilter.h"
 #include "play/PlayView.h"
 
 namespace xel {
@@ -10,11 +12,12 @@ namespace xel {
 class PlainView final : public PlayView {
  public:
   /// @param out stays open for as long as the view lives.
-  explicit PlainView(std::FILE* out) : out_(out) {}
+  PlainView(std::FILE* out, OutputFilter filter) : out_(out), filter_(std::move(filter)) {}
   void show(double time, const PlayEvent& event) override;
 
  private:
   std::FILE* const out_;
+  const OutputFilter filter_;
 };
 
 }  // namespace xel

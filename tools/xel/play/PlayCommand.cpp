@@ -22,6 +22,7 @@
 #include "xel/platform/StandardRunLoop.h"
 #include "xel/session/XELLiveStreamRequest.h"
 #include "xel/session/XELVODStreamRequest.h"
+#include "xel/simulation/Redaction.h"
 #include "xel/simulation/TraceRecorder.h"
 
 #include "common/CommandLine.h"
@@ -30,6 +31,7 @@
 #include "play/JSONLines.h"
 #include "play/KeyReader.h"
 #include "play/ObservingHTTPClient.h"
+#include "play/OutputFilter.h"
 #include "play/PlainView.h"
 #include "play/PlaySession.h"
 #include "play/PlayerOptions.h"
@@ -45,11 +47,12 @@ constexpr auto details =
     "  xel play live --asset-key news --server localhost:8443 --ca-file ca.pem --window\n"
     "  xel play vod --content-source-id shows --video-id 1 --server localhost:8443 \\\n"
     "      --ca-file ca.pem --player clock --speed max --json\n\n"
+    "Keys, tokens and identifiers of the viewer are replaced in what is shown: \"redacted-1\".\n\n"
     "Keys on a terminal:\n"
     "  q quits, space pauses and resumes, left and right seek by 10 s, down and up by 60 s\n\n"
     "Exit status:\n"
     "  0    the stream ended, or --duration ran out, and every ping had its result; or q ended it\n"
-    "  1    the session failed\n"
+    "  1    the session failed, or could not be recorded whole\n"
     "  2    wrong usage\n"
     "  130  ended by SIGINT\n"
     "  143  ended by SIGTERM";
@@ -192,10 +195,10 @@ bool isOnTerminal() {
   return isatty(STDOUT_FILENO) != 0 && terminal && std::string_view(terminal) != "dumb";
 }
 
-std::shared_ptr<PlayView> makeView(bool json) {
-  if (json) return std::make_shared<JSONLines>(stdout);
-  if (isOnTerminal()) return std::make_shared<TerminalView>(stdout);
-  return std::make_shared<PlainView>(stdout);
+std::shared_ptr<PlayView> makeView(bool json, OutputFilter filter) {
+  if (json) return std::make_shared<JSONLines>(stdout, std::move(filter));
+  if (isOnTerminal()) return std::make_shared<TerminalView>(stdout, std::move(filter));
+  return std::make_shared<PlainView>(stdout, std::move(filter));
 }
 
 void handleKey(PlaySession& session, Key key) {
@@ -226,12 +229,11 @@ void stopProcess() {
 }
 
 /// Null where the session is not to be recorded.
-std::shared_ptr<simulation::TraceRecorder> makeRecorder(const PlayOptions& options) {
-  if (options.recordFile.empty()) return nullptr;
+std::shared_ptr<simulation::TraceRecorder> makeRecorder(const PlayOptions& options,
+                                                        const std::shared_ptr<TraceFile>& file) {
+  if (!file) return nullptr;
   return std::make_shared<simulation::TraceRecorder>(
-      [file = std::make_shared<TraceFile>(options.recordFile)](std::string_view line) {
-        file->write(line);
-      },
+      [file](std::string_view line) { file->write(line); },
       simulation::TraceRecorder::Options{.redactURLs = options.redactURLs});
 }
 
@@ -243,7 +245,10 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
   checkPlayerOptions(options.player);
   options.applyTo(*request);
   const auto runLoop = StandardRunLoop::main();
-  const auto view = makeView(options.json);
+  const OutputFilter filter = [redaction = std::make_shared<simulation::Redaction>(
+                                   *request, *makeLinuxEnvironment(options.platform.host))](
+                                  std::string_view text) { return (*redaction)(text); };
+  const auto view = makeView(options.json, filter);
   const auto session =
       std::make_shared<PlaySession>(view, options.conversions, [runLoop] { runLoop->stop(); });
   std::optional<KeyReader> keys;
@@ -268,8 +273,10 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
   auto platform = Platform::makeDefault(options.platform);
   const auto http = std::make_shared<ObservingHTTPClient>(platform.http, session, steadySeconds);
   platform.http = http;
-  platform.log = view->log();
-  const auto recorder = makeRecorder(options);
+  platform.log = filtered(view->log(), filter);
+  const auto file =
+      options.recordFile.empty() ? nullptr : std::make_shared<TraceFile>(options.recordFile);
+  const auto recorder = makeRecorder(options, file);
   if (recorder) platform = recorder->record(std::move(platform));
   const ScopedPlatform scope(std::move(platform));
 
@@ -281,7 +288,8 @@ int play(const PlayOptions& options, const std::shared_ptr<XELStreamRequest>& re
   }
   session->start(player, options.player.playback, http, request, recorder);
   runLoop->run();
-  return session->exitStatus();
+  const bool isRecordMissing = file && !file->isWhole();
+  return session->exitStatus() == 0 && isRecordMissing ? 1 : session->exitStatus();
 }
 
 /// Plays, and makes the report that is asked for.

@@ -122,8 +122,9 @@ class TerminalLog final : public Log {
 
 }  // namespace
 
-TerminalView::TerminalView(std::FILE* out)
+TerminalView::TerminalView(std::FILE* out, OutputFilter filter)
     : out_(out),
+      filter_(std::move(filter)),
       hasColours_(environmentValue("NO_COLOR").empty()),
       hasLineCharacters_(isUTF8Locale()) {}
 
@@ -132,7 +133,7 @@ TerminalView::~TerminalView() { suspend(); }
 void TerminalView::show(double time, const PlayEvent& event) {
   follow(time, event);
   const auto line = toLine(time, event);
-  if (line) redraw(styled(styleOf(event), *line) + "\n");
+  if (line) redraw(styled(styleOf(event), filter_(*line)) + "\n");
 }
 
 void TerminalView::showProgress(const PlayProgress& progress) {
@@ -227,7 +228,7 @@ std::string TerminalView::adLine(std::size_t columns) const {
   if (ad_) {
     before = "ad " + countText(ad_->adPosition()) + "/" +
              countText(ad_->adBreakInfo()->totalAds()) + "  ";
-    title = printable(ad_->adTitle().value_or(ad_->adKey().value_or("")));
+    title = filter_(printable(ad_->adTitle().value_or(ad_->adKey().value_or(""))));
     after = "  " + clockText(adRemaining_) + " left";
   }
   auto taken = before.size() + after.size();

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "play/OutputFilter.h"
 #include "play/PlayView.h"
 #include "play/ProgressBar.h"
 
@@ -21,7 +22,7 @@ namespace xel {
 class TerminalView final : public PlayView, public std::enable_shared_from_this<TerminalView> {
  public:
   /// @param out a terminal; stays open for as long as the view lives.
-  explicit TerminalView(std::FILE* out);
+  TerminalView(std::FILE* out, OutputFilter filter);
   ~TerminalView() override;
 
   void show(double time, const PlayEvent& event) override;
@@ -45,6 +46,7 @@ class TerminalView final : public PlayView, public std::enable_shared_from_this<
   void put(const std::string& text);
 
   std::FILE* const out_;
+  const OutputFilter filter_;
   const bool hasColours_;
   const bool hasLineCharacters_;
   PlayProgress progress_;

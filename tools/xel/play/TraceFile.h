@@ -16,6 +16,8 @@ class TraceFile {
 
   /// Safe with the system when this returns.
   void write(std::string_view line);
+  /// Whether everything has been written so far.
+  bool isWhole() const noexcept { return file_ != nullptr; }
 
  private:
   struct Close {
