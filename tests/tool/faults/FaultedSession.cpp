@@ -76,7 +76,7 @@ class FaultedSession final : public HTTPClient,
     play();
     countPings();
     FaultReport report{
-        {heard(), seen(), adsNoticed(), pings()}, 0, 0, unaccounted(), loop_->longest()};
+        {heard(), seen(), adsNoticed(), pings()}, 0, 0, unaccounted(), loop_->costs()};
     report.struck =
         static_cast<std::size_t>(*fetch("/faults").elements().at(0)["struck"].integer());
     for (const auto& [endpoint, transfers] : transfers_) {

@@ -26,7 +26,7 @@ struct FaultReport {
   /// A line for each event whose pings were not all either accepted or failed and logged, for each
   /// other line of the log, and for each ad that was not played from start to complete.
   std::vector<std::string> unaccounted;
-  TurnCost longestTurn;
+  TurnCosts turns;
 };
 
 /// Plays a stream to its end, or until it fails, from a server with the fault: the library with its

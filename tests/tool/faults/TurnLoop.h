@@ -8,18 +8,24 @@
 #include <map>
 #include <utility>
 
+#include <sys/resource.h>
+
 #include "xel/platform/StandardRunLoop.h"
 
 namespace xel {
 
-/// The longest of some functions, by each measure.
-struct TurnCost {
-  double processorSeconds = 0;
-  double seconds = 0;
+/// What some functions took of their thread.
+struct TurnCosts {
+  int turns = 0;
+  /// Those in which the thread waited for something.
+  int waits = 0;
+  /// Seconds of the longest; where it did not wait, without those in which other threads ran.
+  double longest = 0;
 
-  void raiseTo(const TurnCost& other) {
-    processorSeconds = std::max(processorSeconds, other.processorSeconds);
-    seconds = std::max(seconds, other.seconds);
+  void add(const TurnCosts& more) {
+    turns += more.turns;
+    waits += more.waits;
+    longest = std::max(longest, more.longest);
   }
 };
 
@@ -51,24 +57,36 @@ class TurnLoop final : public RunLoop {
     for (const auto& [timer, function] : timers_) post(function);
     return !timers_.empty();
   }
-  /// The number of the function that is running.
-  int turn() const { return turn_; }
-  TurnCost longest() const { return longest_; }
+  /// The number of the function that is running, from 1.
+  int turn() const { return costs_.turns; }
+  const TurnCosts& costs() const { return costs_; }
 
  private:
+  struct Moment {
+    double time = 0, processorTime = 0;
+    long waits = 0;
+
+    static Moment now() {
+      timespec processorTime{};
+      clock_gettime(CLOCK_THREAD_CPUTIME_ID, &processorTime);
+      rusage usage{};
+      getrusage(RUSAGE_THREAD, &usage);
+      const auto time = std::chrono::steady_clock::now().time_since_epoch();
+      return {std::chrono::duration<double>(time).count(),
+              static_cast<double>(processorTime.tv_sec) +
+                  static_cast<double>(processorTime.tv_nsec) / 1e9,
+              usage.ru_nvcsw};
+    }
+  };
+
   void takeTurn(const std::function<void()>& function) {
-    using Clock = std::chrono::steady_clock;
-    ++turn_;
-    const auto processorTime = [] {
-      timespec time{};
-      clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-      return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-    };
-    const auto processorBegun = processorTime();
-    const auto begun = Clock::now();
+    ++costs_.turns;
+    const auto begun = Moment::now();
     function();
-    longest_.raiseTo({processorTime() - processorBegun,
-                      std::chrono::duration<double>(Clock::now() - begun).count()});
+    const auto ended = Moment::now();
+    const bool hasWaited = ended.waits != begun.waits;
+    costs_.add({0, hasWaited ? 1 : 0,
+                hasWaited ? ended.time - begun.time : ended.processorTime - begun.processorTime});
   }
 
   StandardRunLoop loop_;
@@ -76,8 +94,7 @@ class TurnLoop final : public RunLoop {
   std::atomic<int> posted_ = 0;
   std::map<TimerID, std::function<void()>> timers_;
   TimerID lastTimer_ = 0;
-  int turn_ = 0;
-  TurnCost longest_;
+  TurnCosts costs_;
 };
 
 }  // namespace xel
