@@ -69,6 +69,18 @@ void addSessions(Corpus corpus) {
   }
 }
 
+/// Texts, and what RandomXML makes of numbers.
+void addXML(Corpus corpus) {
+  corpus.add(VastBuilder::typical("ad").build(), "\2");
+  corpus.add("<!DOCTYPE r><a b='1&#38;'>t&amp;<![CDATA[ ]]><!-- c --><?p i?></a>", "\2");
+  std::mt19937 random;
+  for (int document = 0; document < 20; ++document) {
+    std::string bytes;
+    for (int left = 400; left > 0; --left) bytes += static_cast<char>(random());
+    corpus.add(bytes, document % 2 ? "\1" : std::string(1, '\0'));
+  }
+}
+
 void addDocuments(Corpus corpus) {
   const std::string time(9, '\x40');
   for (auto builder : {StreamInfoBuilder::vod(), StreamInfoBuilder::live()}) {
@@ -148,6 +160,8 @@ int main(int argc, char** argv) {
     addTaggedStreams({folder, "timedtags"});
     addTraces({folder, "trace"}, argv[2]);
     addVast({folder, "vast"});
+    addXML({folder, "xml"});
+    addDocuments({folder, "json"});
   } catch (const std::exception& error) {
     std::fprintf(stderr, "xel_fuzz_seeds: %s\n", error.what());
     return 1;

@@ -77,7 +77,12 @@ class ValueBuilder {
   bool on_double(double approximate, json::string_view text, json::error_code&) {
     double exact = approximate;
     std::from_chars(text.data(), text.data() + text.size(), exact);
-    stack.push_double(exact);
+    // Nothing that is not finite could be written as JSON again.
+    if (std::isfinite(exact)) {
+      stack.push_double(exact);
+    } else {
+      stack.push_null();
+    }
     return true;
   }
   bool on_bool(bool value, json::error_code&) {
@@ -156,7 +161,7 @@ std::optional<std::int64_t> JSONValue::integer() const noexcept {
   if (!node_) return std::nullopt;
   if (const std::int64_t* value = valueAt(node_).if_int64()) return *value;
   const double* value = valueAt(node_).if_double();
-  // Both bounds are powers of two and so exact; the comparison also refuses what is not finite.
+  // Both bounds are powers of two and so exact.
   if (value && *value >= -0x1p63 && *value < 0x1p63) return static_cast<std::int64_t>(*value);
   return std::nullopt;
 }
@@ -166,8 +171,7 @@ std::optional<double> JSONValue::number() const noexcept {
   const json::value& value = valueAt(node_);
   if (const std::int64_t* whole = value.if_int64()) return static_cast<double>(*whole);
   if (const std::uint64_t* whole = value.if_uint64()) return static_cast<double>(*whole);
-  const double* fraction = value.if_double();
-  if (fraction && std::isfinite(*fraction)) return *fraction;
+  if (const double* fraction = value.if_double()) return *fraction;
   return std::nullopt;
 }
 

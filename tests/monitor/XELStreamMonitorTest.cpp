@@ -2,6 +2,7 @@
 #include <set>
 
 #include "support/Session.h"
+#include "support/StreamRules.h"
 
 namespace xel::test {
 namespace {
@@ -110,13 +111,15 @@ TEST(SeekInAReport, LeavesEachAdItsOwnEventsOnce) {
   for (const char* report :
        {"adBreakDidStart", "adDidStart", "didCountdownTo", "adDidComplete", "adBreakDidEnd"}) {
     SCOPED_TRACE(report);
+    StreamRules rules;
     Session session;
     auto document = StreamInfoBuilder::vod();
     document.addBreak("one", 10).addAd("a", 4).addBreak("two", 40).addAd("b", 4);
     session.openVOD(document.build());
     bool sought = false;
     session.host->onEvent = [&](const RecordingDelegate::Event& event) {
-      if (event.name == report && !std::exchange(sought, true)) session.progress({40});
+      EXPECT_EQ(rules.follow(event), "") << event.line;
+      if (event.name == report && !std::exchange(sought, true)) session.progress({11.5, 40});
     };
     session.progress({10, 13, 14, 41, 42, 43});
     const Lines lines = session.host->lines(RecordingDelegate::Countdowns::leftOut);

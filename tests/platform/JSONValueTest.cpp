@@ -93,7 +93,10 @@ TEST(JSONValue, IntegersAreTruncatedAndFitOrAreAbsent) {
     EXPECT_EQ(number(text).integer(), std::nullopt) << text;
     EXPECT_EQ(number(text).number(), std::strtod(text, nullptr));
   }
-  for (const char* text : {"1e999", "-1e999"}) EXPECT_EQ(readableAs(number(text)), "value");
+  for (const char* text : {"1e999", "-1e999"}) {
+    EXPECT_EQ(readableAs(number(text)), "value");
+    EXPECT_EQ(number(text).serialize(), "null");
+  }
 }
 
 TEST(JSONValue, DecimalsAreReadExactly) {
