@@ -58,8 +58,9 @@ void checkRewriting(const std::string& text) {
   const std::size_t base = filled.find('?') + 1;
   const bool isPlain =
       base + query->size() == filled.size() && (query->empty() || filled.find(*query) == base);
-  if (!isPlain) return;
+  if (!isPlain || HTTPRequest{.url = filled}.refusal()) return;
   require(rewritten.starts_with(filled.substr(0, base)), "a rewritten URL with another base");
+  require(!HTTPRequest{.url = rewritten}.refusal(), "a rewritten URL that must not be sent");
   const auto again = URL::parse(rewritten, URL::Brackets::tolerated);
   require(again && XELTrackingPingHandler::addSDKParams(*again) == rewritten,
           "a URL that is rewritten twice");
