@@ -196,48 +196,6 @@ TEST_F(CurlHTTPClientTest, MayBeDestroyedByACompletion) {
   EXPECT_EQ(witness.releasedOn, std::vector(50, std::this_thread::get_id()));
 }
 
-TEST_F(CurlHTTPClientTest, MayBeDestroyedInAForkedChild) {
-  const auto connection = [this] {
-    return field(fetch(get(server_.overHTTP2() + "/ok")).response, "X-Connection");
-  };
-  const std::string before = connection();
-  const pid_t child = fork();
-  if (child == 0) {
-    client_.reset();
-    _exit(0);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(connection(), before) << "the child has closed the parent's connection";
-}
-
-/// The process ends while the installed client shakes hands and transfers.
-[[noreturn]] void exitWithTransfersUnderWay(int completionsBeforeExit) {
-  const NginxServer& server = NginxServer::instance();
-  // The bundle is made before TLS is initialised, and so destroyed after TLS is.
-  static_cast<void>(Platform::current());
-  const auto loop = std::make_shared<StandardRunLoop>();
-  Platform::install(Platform::makeDefault({.caFile = server.caFile(), .mainRunLoop = loop}));
-  const auto countDown = [&](const HTTPResult&) {
-    if (--completionsBeforeExit == 0) loop->stop();
-  };
-  for (int i = 0; i < 40; ++i) {
-    for (const std::string& base : {server.overHTTP1(), server.overHTTP2()}) {
-      Platform::current().http->send(get(base + (i % 10 == 9 ? "/large" : "/ok")), countDown);
-    }
-  }
-  if (completionsBeforeExit > 0) loop->run();
-  std::exit(0);
-}
-
-TEST(CurlHTTPClientDeathTest, ExitsCleanlyWithTransfersUnderWay) {
-  static_cast<void>(NginxServer::instance());
-  for (int completions = 0; completions < 20; ++completions) {
-    EXPECT_EXIT(exitWithTransfersUnderWay(completions), testing::ExitedWithCode(0), "^$");
-  }
-}
-
 /// Made before any client and so destroyed after all have ended, when it sends once more.
 struct SendsAtExit {
   ~SendsAtExit() {

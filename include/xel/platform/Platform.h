@@ -48,7 +48,8 @@ struct XEL_EXPORT Platform {
   std::shared_ptr<Log> log;
   Services services;
 
-  /// libcurl, the standard run loop, Linux facts and standard error.
+  /// libcurl, the standard run loop, Linux facts and standard error. Where the system has no thread
+  /// left for the HTTP client, every request of it fails.
   static Platform makeDefault(const DefaultPlatformOptions& options = {});
 
   /// The installed bundle; `makeDefault()` if none has been. Do not keep the reference.

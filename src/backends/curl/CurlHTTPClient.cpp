@@ -38,7 +38,7 @@ class CurlHTTPClient final : public HTTPClient {
     }
     const auto deadline = deadlineOf(request);
     if (!thread_.submit({id, std::move(request), deadline})) {
-      box_->finish(id, {makeTransferError(TransferError::cancelled, "The client has ended."), {}});
+      box_->finish(id, {thread_.reasonAgainst(), {}});
     }
   }
 

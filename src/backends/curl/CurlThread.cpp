@@ -1,6 +1,7 @@
 #include "backends/curl/CurlThread.h"
 
 #include <csignal>
+#include <system_error>
 #include <utility>
 
 #include <pthread.h>
@@ -37,7 +38,13 @@ CurlThread::CurlThread(CurlSettings settings, CompletionBox& results) : process_
   }
   scheduler_ = std::make_unique<CurlScheduler>(std::move(settings), results);
   const SignalsBlocked blocked;
-  thread_ = std::thread(&CurlThread::run, this);
+  try {
+    thread_ = std::thread(&CurlThread::run, this);
+  } catch (const std::system_error& error) {
+    scheduler_.reset();
+    stopping_ = true;
+    whyNotStarted_ = std::string("The client has no thread: ") + error.what();
+  }
 }
 
 CurlThread::~CurlThread() {
@@ -51,6 +58,11 @@ bool CurlThread::submit(CurlJob job) {
   submitted_.push_back(std::move(job));
   if (submitted_.size() == 1) scheduler_->wakeUp();
   return true;
+}
+
+std::shared_ptr<const Error> CurlThread::reasonAgainst() const {
+  if (!whyNotStarted_.empty()) return makeTransferError(TransferError::unknown, whyNotStarted_);
+  return makeTransferError(TransferError::cancelled, "The client has ended.");
 }
 
 void CurlThread::stop() {
@@ -68,9 +80,11 @@ void CurlThread::stop() {
 }
 
 void CurlThread::abandon() {
-  // Leaked: to release it would close the parent's connections.
-  static_cast<void>(scheduler_.release());
-  thread_.detach();
+  // To release it would close the parent's connections.
+  static auto& abandoned = *new std::vector<std::unique_ptr<CurlScheduler>>;
+  abandoned.push_back(std::move(scheduler_));
+  // Forgotten without a word to the system, which may have given its identifier to another by now.
+  std::construct_at(&thread_);
 }
 
 void CurlThread::run() {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -22,8 +23,11 @@ class CurlThread {
   CurlThread(const CurlThread&) = delete;
   CurlThread& operator=(const CurlThread&) = delete;
 
-  /// Hands a job to the thread; false if it has been stopped. Threads: any.
+  /// Hands a job to the thread; false if it has been stopped, or never started. Threads: any.
   bool submit(CurlJob job);
+
+  /// What stands in the way of a job that was not taken.
+  std::shared_ptr<const Error> reasonAgainst() const;
 
   /// Gives up everything under way and ends the thread. Once it returns, no result comes any more.
   /// Does nothing the second time.
@@ -43,6 +47,8 @@ class CurlThread {
   std::mutex mutex_;
   std::vector<CurlJob> submitted_;
   bool stopping_ = false;
+  /// Where the thread could not be started.
+  std::string whyNotStarted_;
 };
 
 }  // namespace xel
