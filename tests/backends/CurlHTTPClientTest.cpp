@@ -52,7 +52,8 @@ TEST_F(CurlHTTPClientTest, CarriesARequestAsWrittenOverEitherProtocol) {
 }
 
 TEST_F(CurlHTTPClientTest, CompletesHundredsOfRequestsOnceEachOverFewConnections) {
-  constexpr std::size_t most = 6;
+  // And one that is no ping.
+  constexpr std::size_t most = 6 + 1;
   for (const std::string& base : {server_.plain(), server_.overHTTP1(), server_.overHTTP2()}) {
     std::vector<HTTPRequest> requests(600, get(base + "/ok"));
     for (std::size_t i = 0; i < requests.size(); i += 2) requests[i].trackingEvent = "start";
@@ -138,6 +139,16 @@ TEST_F(CurlHTTPClientTest, TimesOutInTransferAndWhileWaitingForOthers) {
   HTTPRequest unhurried = get(server_.plain() + "/ok");
   unhurried.timeout = std::chrono::milliseconds::max();
   EXPECT_FALSE(fetch(unhurried).error);
+}
+
+TEST_F(CurlHTTPClientTest, FetchesDocumentsWhileAllPingsHang) {
+  HTTPRequest ping = get(server_.overHTTP1() + "/never");
+  ping.trackingEvent = "start";
+  for (int i = 0; i < 20; ++i) client_->send(ping, [](const HTTPResult&) { FAIL(); });
+  EXPECT_FALSE(fetch(get(server_.plain() + "/ok")).error) << "the pings are under way now";
+  HTTPRequest document = get(server_.overHTTP1() + "/ok");
+  document.timeout = std::chrono::seconds(2);
+  for (const HTTPResult& result : fetchAll(std::vector(10, document))) EXPECT_FALSE(result.error);
 }
 
 TEST_F(CurlHTTPClientTest, RefusesWhatMustNotBeSent) {

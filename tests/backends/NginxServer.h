@@ -51,6 +51,7 @@ class NginxServer {
     location /large { }
     location /bomb { gzip on; alias large; }
     location /ok { add_header X-Connection $connection; return 200 "fine"; }
+    location /never { echo_sleep 3600; }
     location /unhurried { echo_sleep 0.001; echo fine; }
     location /echo {
       proxy_pass $plain/ok;

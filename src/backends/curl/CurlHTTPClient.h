@@ -13,8 +13,9 @@ namespace xel {
 /// environment has them (http_proxy, no_proxy and so on), no cache and no cookies.
 ///
 /// To one scheme, host and port at most 6 requests are under way at a time, or 64 once the host
-/// has answered over HTTP/2. The others wait, those with the earliest time-out first. A request's
-/// time-out covers that wait and the transfer.
+/// has answered over HTTP/2; one more where all of them are pings and a document is to be fetched,
+/// which so waits for no ping. The others wait, those with the earliest time-out first. A
+/// request's time-out covers that wait and the transfer.
 ///
 /// One I/O thread of its own does all transfers. It runs no host code but `RunLoop::post` and
 /// blocks all signals. Completions stay on the main thread throughout: they run there, and they

@@ -76,7 +76,7 @@ bool CurlScheduler::finishEnded() {
 void CurlScheduler::finish(CURL* handle, CURLcode code) {
   const auto ended = std::move(active_.extract(handle).mapped());
   HostQueue& queue = ended->host.second;
-  queue.ended();
+  queue.ended(ended->transfer.isPing());
   if (code == CURLE_OK) {
     if (const auto overHTTP2 = ended->transfer.answeredOverHTTP2()) queue.answered(*overHTTP2);
   }

@@ -24,6 +24,7 @@ class CurlTransfer {
 
   CURL* handle() const noexcept { return easy_.get(); }
   TransferID id() const noexcept { return job_.id; }
+  bool isPing() const noexcept { return ping_; }
 
   /// What became of the request; takes the body along. `code` is what libcurl ended with.
   HTTPResult takeResult(CURLcode code);

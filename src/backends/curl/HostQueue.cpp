@@ -31,26 +31,43 @@ std::string HostQueue::originOf(const std::string& url) {
 
 void HostQueue::add(CurlJob job) {
   const auto deadline = job.deadline;
-  waiting_.emplace(deadline, std::move(job));
+  Lane& lane = job.request.trackingEvent ? pings_ : others_;
+  lane.waiting.emplace(deadline, std::move(job));
 }
 
-CurlJob HostQueue::takeFirst() { return std::move(waiting_.extract(waiting_.begin()).mapped()); }
+HostQueue::Lane& HostQueue::firstLane() {
+  if (pings_.waiting.empty()) return others_;
+  if (others_.waiting.empty()) return pings_;
+  return pings_.waiting.begin()->first < others_.waiting.begin()->first ? pings_ : others_;
+}
+
+CurlJob HostQueue::takeFirst(Lane& lane) {
+  return std::move(lane.waiting.extract(lane.waiting.begin()).mapped());
+}
 
 std::optional<CurlJob> HostQueue::start() {
   const std::size_t most = overHTTP2_ ? streamsOverHTTP2 : connectionsOverHTTP1;
-  if (waiting_.empty() || active_ >= most) return std::nullopt;
-  ++active_;
-  return takeFirst();
+  const bool isFull = pings_.active + others_.active >= most;
+  Lane& lane = isFull ? others_ : firstLane();
+  if (lane.waiting.empty() || (isFull && others_.active > 0)) return std::nullopt;
+  ++lane.active;
+  return takeFirst(lane);
 }
 
 std::optional<CurlJob> HostQueue::takeExpired(CurlJob::Clock::time_point now) {
-  if (waiting_.empty() || waiting_.begin()->first > now) return std::nullopt;
-  return takeFirst();
+  Lane& lane = firstLane();
+  if (lane.waiting.empty() || lane.waiting.begin()->first > now) return std::nullopt;
+  return takeFirst(lane);
 }
 
 std::optional<CurlJob::Clock::time_point> HostQueue::nextDeadline() const {
-  if (waiting_.empty()) return std::nullopt;
-  return waiting_.begin()->first;
+  std::optional<CurlJob::Clock::time_point> next;
+  for (const Lane* lane : {&pings_, &others_}) {
+    if (lane->waiting.empty()) continue;
+    const auto deadline = lane->waiting.begin()->first;
+    if (!next || deadline < *next) next = deadline;
+  }
+  return next;
 }
 
 }  // namespace xel

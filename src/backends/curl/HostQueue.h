@@ -11,6 +11,9 @@ namespace xel {
 
 /// The requests to one scheme, host and port: how many are under way, and which ones wait.
 ///
+/// Pings that hang hold up other pings, but no document: one request that is no ping may always be
+/// under way, if need be as one more than there may be.
+///
 /// libcurl could queue by itself, but what it keeps back can stall until its time-out.
 /// I/O thread only.
 class HostQueue {
@@ -24,7 +27,7 @@ class HostQueue {
   /// waits or none may start now.
   std::optional<CurlJob> start();
   /// A job that was under way has ended.
-  void ended() noexcept { --active_; }
+  void ended(bool wasPing) noexcept { --(wasPing ? pings_ : others_).active; }
   /// The host has answered, so it is known what it speaks.
   void answered(bool overHTTP2) noexcept { overHTTP2_ = overHTTP2; }
 
@@ -34,13 +37,22 @@ class HostQueue {
   std::optional<CurlJob::Clock::time_point> nextDeadline() const;
 
   /// Whether nothing is lost when this queue is forgotten.
-  bool forgettable() const noexcept { return active_ == 0 && waiting_.empty() && !overHTTP2_; }
+  bool forgettable() const noexcept { return pings_.isIdle() && others_.isIdle() && !overHTTP2_; }
 
  private:
-  CurlJob takeFirst();
+  struct Lane {
+    bool isIdle() const noexcept { return active == 0 && waiting.empty(); }
 
-  std::multimap<CurlJob::Clock::time_point, CurlJob> waiting_;
-  std::size_t active_ = 0;
+    std::multimap<CurlJob::Clock::time_point, CurlJob> waiting = {};
+    std::size_t active = 0;
+  };
+
+  /// The lane of the waiting job with the earliest deadline; any lane if none waits.
+  Lane& firstLane();
+  static CurlJob takeFirst(Lane& lane);
+
+  Lane pings_;
+  Lane others_;
   bool overHTTP2_ = false;
 };
 
