@@ -112,10 +112,34 @@ TEST_F(CurlHTTPClientTest, TellsWhyATransferFailed) {
       {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc", TransferError::connectionLost},
       {"HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\nplain", TransferError::badResponse},
   };
-  for (const auto& [bytes, error] : answers) EXPECT_EQ(failureOfAnswer(bytes), error) << bytes;
+  for (const auto& [bytes, error] : answers)
+    EXPECT_EQ(fetchAnswer(bytes).error->code, static_cast<int>(error)) << bytes;
 
   client_ = makeCurlHTTPClient({}, loop_);
   EXPECT_EQ(failureOf(get(server_.overHTTP2() + "/ok")), TransferError::tlsFailed) << "untrusted";
+}
+
+std::string repeated(std::string_view text, std::size_t times) {
+  std::string all;
+  for (; times > 0; --times) all += text;
+  return all;
+}
+
+TEST_F(CurlHTTPClientTest, EndsAnswersThatHaveNoEnd) {
+  const std::string ok = "HTTP/1.1 200 OK\r\n";
+  const std::pair<const char*, std::string> answers[] = {
+      {"Too large response headers", ok + repeated("X: y\r\n", 1'000'000)},
+      {"A header is too long", ok + "X: " + std::string(std::size_t{8} << 20, 'y')},
+      {"A header is too long", "HTTP/1.1 200 " + std::string(std::size_t{8} << 20, 'y')},
+      {"content encoding", ok + "Content-Encoding: " + repeated("gzip, ", 50) + "gzip\r\n\r\nx"},
+      {"hexadecimal", ok + "Transfer-Encoding: chunked\r\n\r\n" + std::string(100, 'f')},
+  };
+  for (const auto& [reason, bytes] : answers) {
+    const HTTPResult result = fetchAnswer(bytes);
+    ASSERT_TRUE(result.error) << reason;
+    EXPECT_NE(result.error->description.find(reason), std::string::npos)
+        << result.error->description;
+  }
 }
 
 TEST_F(CurlHTTPClientTest, TimesOutInTransferAndWhileWaitingForOthers) {

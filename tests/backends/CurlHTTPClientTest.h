@@ -67,7 +67,7 @@ class CurlHTTPClientTest : public testing::Test {
   }
 
   /// What the client makes of a server that answers with these bytes and closes.
-  TransferError failureOfAnswer(std::string_view bytes) {
+  HTTPResult fetchAnswer(std::string_view bytes) {
     const Listener listener;
     std::thread server([&] {
       const int connection = accept(listener.socket(), nullptr, nullptr);
@@ -76,9 +76,9 @@ class CurlHTTPClientTest : public testing::Test {
       EXPECT_GT(::send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL), 0);
       close(connection);
     });
-    const TransferError failure = failureOf(get(listener.url()));
+    HTTPResult result = fetch(get(listener.url()));
     server.join();
-    return failure;
+    return result;
   }
 
   /// Runs everything that has been posted so far.

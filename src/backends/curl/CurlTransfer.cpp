@@ -142,6 +142,8 @@ TransferError CurlTransfer::errorFor(CURLcode code) const {
 std::string CurlTransfer::reasonFor(CURLcode code) const {
   if (tooLarge_) return "The answer is longer than the client accepts.";
   if (!redirects_.refusal().empty()) return redirects_.refusal();
+  // libcurl calls both by the same name.
+  if (code == CURLE_OUT_OF_MEMORY) return "A header is too long, or there is no memory left.";
   return errorText_[0] != '\0' ? errorText_.data() : curl_easy_strerror(code);
 }
 
