@@ -176,7 +176,10 @@ class Script {
 
   void requireRules() {
     const bool isOpening = http_->streamRequestsOpen() > 0;
-    for (const auto& viewer : viewers_) viewer->requireWhatIsLeft(isOpening);
+    for (const auto& viewer : viewers_) {
+      viewer->requireWhatIsLeft(isOpening);
+      viewer->requireConversionsAt(0);
+    }
     require(http_->open() == platform_.server().outstanding(), "a request that was not completed");
   }
 

@@ -103,10 +103,15 @@ class Viewer {
     isOver_ = !manager_ && !isOpening;
     loads_ = loads;
   }
+  /// Requires that times can be converted: this one, and those at which breaks begin and end.
+  /// @param time whole eighths of a second.
   void requireConversionsAt(double time) const {
     const bool hasOneStream = requested_ == 1 && initialised_ == 1 && failed_ == 0;
-    if (manager_ && hasOneStream && heardAll_ && areSane(cuepoints_)) {
-      requireConversions(*manager_, cuepoints_, time);
+    if (!manager_ || !hasOneStream || !heardAll_ || !areSane(cuepoints_)) return;
+    requireConversions(*manager_, cuepoints_, time);
+    for (const auto& cuepoint : cuepoints_) {
+      requireConversions(*manager_, cuepoints_, cuepoint->startTime());
+      requireConversions(*manager_, cuepoints_, cuepoint->endTime());
     }
   }
   /// Once every stream request has been completed.
