@@ -15,7 +15,28 @@ namespace {
 /// Most of a session's texts need no escapes, and long sessions have millions of them.
 bool isPlain(char c) { return c >= ' ' && c < '\x7F' && c != '"' && c != '\\'; }
 
+/// JSON lets the controls from U+007F to U+009F stand as they are, and terminals obey them.
+std::string withControlsEscaped(std::string_view json) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::string escaped;
+  for (std::size_t i = 0; i < json.size(); ++i) {
+    const bool isPair =
+        json[i] == '\xC2' && i + 1 < json.size() && static_cast<unsigned char>(json[i + 1]) < 0xA0;
+    if (isPair) ++i;
+    if (isPair || json[i] == '\x7F') {
+      const auto byte = static_cast<unsigned char>(json[i]);
+      escaped += "\\u00";
+      escaped += digits[byte >> 4];
+      escaped += digits[byte & 15];
+    } else {
+      escaped += json[i];
+    }
+  }
+  return escaped;
+}
+
 }  // namespace
+
 JSONWriter& JSONWriter::name(std::string_view name) {
   separate();
   quote(name);
@@ -167,7 +188,8 @@ void JSONWriter::quote(std::string_view text) {
   if (std::all_of(text.begin(), text.end(), isPlain)) {
     text_.append(1, '"').append(text).append(1, '"');
   } else {
-    text_ += boost::json::serialize(boost::json::string_view(withValidUTF8(text)));
+    text_ +=
+        withControlsEscaped(boost::json::serialize(boost::json::string_view(withValidUTF8(text))));
   }
 }
 

@@ -1,12 +1,13 @@
 """Plays with `xel play` at an ad server that knows all secrets of the request, repeats them in
-everything that it sends, and fails in many ways. Exits 1 if one of them is in what the tool prints,
-or in its trace or report.
+everything that it sends, among controls and markup, and fails in many ways. Exits 1 if a secret is in
+what the tool prints, or in its trace or report, or if a control or a script of the server's is.
 
     secrets.py XEL
 """
 import http.server
 import json
 import pathlib
+import re
 import ssl
 import subprocess
 import sys
@@ -20,6 +21,8 @@ SECRETS = {"key": "KEYmark/1&x", "token": "TOKENmark 2%", "monitor": "MONITORmar
 ADVERTISING_ID = "89abcdef-0123-4567-89ab-cdef01234567"
 MARKS = ["KEYmark", "TOKENmark", "MONITORmark", "PPIDmark", "USERmark", "MAILmark", "plainmark",
          "98712345", "OWNmark", "SUFFIXmark", "89abcdef", "89ABCDEF"]
+CONTROLS = "\x1b[2J\x1b]0;x\x07\r\x7f\u009b2J\n0:00 forged"
+SCRIPT = "</script><script>hostile()"
 PLAYLIST = "#EXTM3U\n#EXT-X-TARGETDURATION:4\n" + "#EXTINF:4,\ns.ts\n" * 5 + "#EXT-X-ENDLIST\n"
 # The resolver itself refuses a label of more than 63 letters.
 UNRESOLVABLE = SECRETS["user"] + "a" * 64 + ".invalid"
@@ -71,9 +74,9 @@ class Server(http.server.BaseHTTPRequestHandler):
             self.close_connection = True
             return None
         if self.fault != "none":
-            return self.answer(500 if self.fault == "status" else 200, told())
+            return self.answer(500 if self.fault == "status" else 200, told() + CONTROLS)
         return self.answer(200, json.dumps({
-            "stream_id": told(), "stream_type": "on_demand", "subtitles": [{"language": told()}],
+            "stream_id": told() + CONTROLS + SCRIPT, "stream_type": "on_demand", "subtitles": [{"language": told()}],
             "stream_manifest": f"{here}/main.m3u8?{query()}",
             "time_events_url": f"{here}/info?{query()}"}))
 
@@ -87,7 +90,7 @@ class Server(http.server.BaseHTTPRequestHandler):
         urls = [f"{here}/seen?{query()}", f"{here}/loop?{query()}", f"https://127.0.0.1:1/?{query()}",
                 f"not a URL {told()}", f"https://{UNRESOLVABLE}/?{query()}"]
         pings = "".join(f"<Impression><![CDATA[{url}]]></Impression>" for url in urls)
-        vast = (f"<VAST><Ad id='1'><InLine><AdTitle><![CDATA[{told()}]]></AdTitle>{pings}"
+        vast = (f"<VAST><Ad id='1'><InLine><AdTitle><![CDATA[{SCRIPT} {told()}]]></AdTitle>{pings}"
                 "</InLine></Ad></VAST>")
         return self.answer(200, json.dumps({
             "ads": {"a": {"break": "b", "position": 1, "duration": 4, "vast": vast}},
@@ -123,10 +126,13 @@ def play(xel, folder, server, *options):
 
 
 def check(what, text):
+    """Texts that others see: no secrets, no markup of the server's; and lines that stay lines."""
     for mark in MARKS:
         if mark in text:
             at = text.index(mark)
             sys.exit(f"secrets: {what} has {mark}: {text[max(0, at - 200):at + 60]}")
+    if re.search("[\\x00-\\x09\\x0b-\\x1f\\x7f-\\x9f]|\\n0:00 forged", text):
+        sys.exit(f"secrets: {what} has a control character")
 
 
 def expect(condition, message):
@@ -152,7 +158,10 @@ def main():
                 reported = subprocess.run([xel, "report", trace, "-o", folder / "report.html"],
                                           capture_output=True, text=True, check=False)
                 expect(reported.returncode == 0, f"{what}: no report: {reported.stderr}")
-                check(f"the report of {what}", (folder / "report.html").read_text())
+                page = (folder / "report.html").read_text()
+                data = page.split('<script type="application/json" id="data">')[1].split("</script>")
+                json.loads(data[0])  # It ends where the page's own element does.
+                check(f"the report of {what}", data[0])
             expect("redacted-" in done.stdout or fault != "none", f"nothing is told: {done.stdout}")
         missing = [mark for mark in MARKS if mark not in urllib.parse.unquote(Server.received)
                    and mark not in ("KEYmark", "SUFFIXmark", "89abcdef")]
