@@ -4,46 +4,14 @@ in the document, the server finds each ping that the documents promise, and a re
 
     session.py XEL MEDIA-FOLDER
 """
-import json
-import ssl
-import subprocess
 import sys
-import tempfile
-import urllib.request
+
+from playing import Player, Server, expect
 
 NAMES = {"start": "adDidStart", "firstquartile": "adDidCrossFirstQuartile",
          "midpoint": "adDidCrossMidpoint", "thirdquartile": "adDidCrossThirdQuartile",
          "complete": "adDidComplete"}
 LATEST = 0.3
-APP = "com.example.session"
-
-
-def expect(condition, message):
-    if not condition:
-        sys.exit(f"session: {message}")
-
-
-def play(xel, url, ca_file, *stream):
-    """The process, the file of its output (a pipe that nobody reads meanwhile would stop it), and the
-    one of its trace."""
-    output, trace = tempfile.TemporaryFile("w+"), tempfile.NamedTemporaryFile()
-    return subprocess.Popen(
-        [xel, "play", *stream, "--player", "gstreamer", "--server", url.removeprefix("https://"),
-         "--ca-file", ca_file, "--app-id", APP, "--json", "--record", trace.name, "--redact-urls"],
-        stdout=output), output, trace
-
-
-def lines_of(xel, process, output_file, trace):
-    process.wait(timeout=150)
-    output_file.seek(0)
-    output = output_file.read()
-    expect(process.returncode == 0, f"xel play ended with {process.returncode}:\n{output}")
-    lines = [json.loads(line) for line in output.splitlines()]
-    failed = [line for line in lines if line["event"] == "pingResult" and line.get("error")]
-    expect(not failed, f"pings failed: {failed}")
-    replay = subprocess.run([xel, "replay", trace.name], capture_output=True, text=True, check=False)
-    expect(replay.returncode == 0, f"the replay differs:\n{replay.stdout}{replay.stderr}")
-    return lines
 
 
 def ad_events(lines):
@@ -80,24 +48,14 @@ def check_live(lines, document):
 
 
 def main(xel, media):
-    server = subprocess.Popen([xel, "serve", "--port", "0", "--media", media, "--live-duration", "30",
-                               "--assert", "complete"], stdout=subprocess.PIPE, text=True)
-    try:
-        url, ca_file = server.stdout.readline().split()
-        on_demand = play(xel, url, ca_file, "vod", "--content-source-id", "shows", "--video-id", "a")
-        live = play(xel, url, ca_file, "live", "--asset-key", "news", "--attempt-preroll")
-        on_demand_lines, live_lines = lines_of(xel, *on_demand), lines_of(xel, *live)
-        context = ssl.create_default_context(cafile=ca_file)
-        with urllib.request.urlopen(url + "/documents", context=context) as response:
-            documents = {each["streamType"]: each["document"] for each in json.load(response)}
+    with Server(xel, media, "--live-duration", "30", "--assert", "complete") as server:
+        on_demand = Player(xel, server, "vod", "--content-source-id", "shows", "--video-id", "a")
+        live = Player(xel, server, "live", "--asset-key", "news", "--attempt-preroll")
+        on_demand_lines, live_lines = on_demand.lines(), live.lines()
+        documents = {each["streamType"]: each["document"] for each in server.request("/documents")}
         check_on_demand(on_demand_lines, documents["on_demand"])
         check_live(live_lines, documents["live"])
-        server.terminate()
-        pings = server.stdout.read()
-        expect(server.wait() == 0, "the pings differ from what the documents promise:\n" + pings)
-    finally:
-        server.terminate()
-        server.wait()
+        server.judged()
 
 
 main(*sys.argv[1:])
