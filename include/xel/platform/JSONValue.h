@@ -36,7 +36,8 @@ class XEL_EXPORT JSONValue {
   /// An empty handle: what every step from it gives.
   JSONValue() = default;
 
-  /// Parses UTF-8 text (RFC 8259; a byte order mark is skipped). Fails for a bare scalar.
+  /// Parses UTF-8 text (RFC 8259; a byte order mark is skipped). Fails for a bare scalar. A number
+  /// beyond the range of a double is read as null.
   static ParseResult parse(std::string_view text);
 
   /// Whether there is a value here; JSON null is one.
