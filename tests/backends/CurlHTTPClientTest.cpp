@@ -158,6 +158,20 @@ TEST_F(CurlHTTPClientTest, TimesOutInTransferAndWhileWaitingForOthers) {
   EXPECT_EQ(waited.error->description,
             "Timed out waiting for earlier requests to http://127.0.0.1:" + silent.port());
 
+  // A body of which something comes at all times, but never the end.
+  const Listener dripping;
+  std::thread server([&] {
+    const int connection = accept(dripping.socket(), nullptr, nullptr);
+    std::string_view next = "HTTP/1.1 200 OK\r\n\r\n";
+    while (::send(connection, next.data(), next.size(), MSG_NOSIGNAL) > 0) next = "x";
+    close(connection);
+  });
+  HTTPRequest ping = get(dripping.url());
+  ping.trackingEvent = "start";
+  ping.timeout = 300ms;
+  EXPECT_EQ(failureOf(ping), TransferError::timedOut);
+  server.join();
+
   hasty.timeout = std::chrono::milliseconds::min();
   EXPECT_EQ(failureOf(hasty), TransferError::timedOut);
   HTTPRequest unhurried = get(server_.plain() + "/ok");
