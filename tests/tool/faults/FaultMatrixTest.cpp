@@ -169,7 +169,7 @@ class FaultMatrix : public testing::TestWithParam<Table> {
     if (!machine || testing::UnitTest::GetInstance()->Failed()) return;
     const auto page = withTables(readPage());
     std::ofstream(pageFile) << std::regex_replace(page, std::regex("The longest of [^)]*"),
-                                                  text.str() + " (" + machine);
+                                                  text.str() + "\n(" + machine);
   }
   static TurnCosts turns;
 };
