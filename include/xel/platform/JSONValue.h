@@ -36,8 +36,7 @@ class XEL_EXPORT JSONValue {
   /// An empty handle: what every step from it gives.
   JSONValue() = default;
 
-  /// Parses UTF-8 text (RFC 8259; a byte order mark is skipped). Fails for a bare scalar. A number
-  /// beyond the range of a double is read as null.
+  /// Parses UTF-8 text (RFC 8259; a byte order mark is skipped). Fails for a bare scalar.
   static ParseResult parse(std::string_view text);
 
   /// Whether there is a value here; JSON null is one.
@@ -54,7 +53,7 @@ class XEL_EXPORT JSONValue {
   /// A number, truncated toward zero; absent when it does not fit 64 bits. Booleans are not
   /// numbers.
   std::optional<std::int64_t> integer() const noexcept;
-  /// A finite number.
+  /// A number. One beyond the range of a double is read as null.
   std::optional<double> number() const noexcept;
   std::optional<bool> boolean() const noexcept;
   /// The elements of an array, in order; empty for anything else.
