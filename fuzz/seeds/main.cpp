@@ -73,6 +73,11 @@ void addSessions(Corpus corpus) {
 void addXML(Corpus corpus) {
   corpus.add(VastBuilder::typical("ad").build(), "\2");
   corpus.add("<!DOCTYPE r><a b='1&#38;'>t&amp;<![CDATA[ ]]><!-- c --><?p i?></a>", "\2");
+  for (const char* differing :
+       {"<?xml version=\"2.0\"?><a/>", "<!DOCTYPE r [<!ATTLIST a b CDATA 'd'>]><a/>",
+        "<!DOCTYPE r [<!ENTITY e 'x'>]><a>&e;</a>", "<\xF0\x90\x80\x80/>"}) {
+    corpus.add(differing, "\2");
+  }
   std::mt19937 random;
   for (int document = 0; document < 20; ++document) {
     std::string bytes;
