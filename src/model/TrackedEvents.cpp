@@ -3,13 +3,16 @@
 namespace xel {
 
 void TrackedEvents::addEvent_trackingURL(std::string_view event, std::string url) {
-  auto filed = trackingURLs_.find(event);
-  if (filed == trackingURLs_.end()) {
-    constexpr std::size_t usualVendorsPerEvent = 8;
-    filed = trackingURLs_.emplace(event, std::vector<std::string>()).first;
-    filed->second.reserve(usualVendorsPerEvent);
+  if (!lastFiled_ || lastFiled_->first != event) {
+    auto filed = trackingURLs_.find(event);
+    if (filed == trackingURLs_.end()) {
+      constexpr std::size_t usualVendorsPerEvent = 8;
+      filed = trackingURLs_.emplace(event, std::vector<std::string>()).first;
+      filed->second.reserve(usualVendorsPerEvent);
+    }
+    lastFiled_ = &*filed;
   }
-  filed->second.push_back(std::move(url));
+  lastFiled_->second.push_back(std::move(url));
 }
 
 std::optional<std::vector<std::string>> TrackedEvents::trackingURLsForEvent(

@@ -1,6 +1,7 @@
 #include "platform/XMLReader.h"
 
 #include <algorithm>
+#include <cstring>
 #include <mutex>
 
 #include <libxml/SAX.h>
@@ -68,9 +69,10 @@ std::string_view markupAt(std::string_view data, std::size_t position) noexcept 
 bool mayExceedAttributeLimit(std::string_view data) noexcept {
   std::size_t position = data.find('<');
   while (position != std::string_view::npos) {
-    const std::size_t leap = data.substr(position + 1, shortestTagOverLimit).rfind('<');
-    if (leap != std::string_view::npos) {
-      position += 1 + leap;
+    const std::string_view ahead = data.substr(position + 1, shortestTagOverLimit);
+    // Many times as fast as rfind, which goes byte by byte.
+    if (const void* leap = memrchr(ahead.data(), '<', ahead.size())) {
+      position = static_cast<std::size_t>(static_cast<const char*>(leap) - data.data());
       continue;
     }
     const std::string_view markup = markupAt(data, position);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstring>
 #include <string_view>
 
 namespace xel {
@@ -26,33 +27,37 @@ enum class VastElement {
 /// The element of that name, matched exactly.
 inline VastElement vastElementNamed(std::string_view name) noexcept {
   using enum VastElement;
-  // Lengths tell most names apart, so that a document costs few comparisons.
+  // Lengths tell most names apart; and of a constant length the compiler makes a comparison of
+  // words, not a call.
+  const auto is = [name]<std::size_t size>(const char(&literal)[size]) {
+    return std::memcmp(name.data(), literal, size - 1) == 0;
+  };
   switch (name.size()) {
     case 2:
-      return name == "Ad" ? ad : other;
+      return is("Ad") ? ad : other;
     case 5:
-      return name == "Error" ? error : other;
+      return is("Error") ? error : other;
     case 6:
-      return name == "Linear" ? linear : other;
+      return is("Linear") ? linear : other;
     case 7:
-      return name == "AdTitle" ? adTitle : other;
+      return is("AdTitle") ? adTitle : other;
     case 8:
-      return name == "Tracking"   ? tracking
-             : name == "Creative" ? creative
-             : name == "AdSystem" ? adSystem
-                                  : other;
+      return is("Tracking")   ? tracking
+             : is("Creative") ? creative
+             : is("AdSystem") ? adSystem
+                              : other;
     case 9:
-      return name == "Companion" ? companion : name == "Creatives" ? creatives : other;
+      return is("Companion") ? companion : is("Creatives") ? creatives : other;
     case 10:
-      return name == "Impression" ? impression : other;
+      return is("Impression") ? impression : other;
     case 11:
-      return name == "Description" ? description : other;
+      return is("Description") ? description : other;
     case 12:
-      return name == "CompanionAds" ? companionAds : other;
+      return is("CompanionAds") ? companionAds : other;
     case 13:
-      return name == "UniversalAdId" ? universalAdId : other;
+      return is("UniversalAdId") ? universalAdId : other;
     case 14:
-      return name == "StaticResource" ? staticResource : other;
+      return is("StaticResource") ? staticResource : other;
     default:
       return other;
   }

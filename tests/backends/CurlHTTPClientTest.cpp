@@ -144,15 +144,17 @@ TEST_F(CurlHTTPClientTest, EndsAnswersThatHaveNoEnd) {
 
 TEST_F(CurlHTTPClientTest, TimesOutInTransferAndWhileWaitingForOthers) {
   using namespace std::chrono_literals;
-  const Listener silent;
-  const HTTPRequest patient = get(silent.url());
-  HTTPRequest hasty = patient;
+  const Listener unanswering;
+  HTTPRequest hasty = get(unanswering.url());
   hasty.timeout = 20ms;
   EXPECT_EQ(failureOf(hasty), TransferError::timedOut);
 
   // Six fill the host's connections, and the others wait.
+  const Listener silent;
+  const HTTPRequest patient = get(silent.url());
+  hasty.url = patient.url;
   for (int i = 0; i < 20; ++i) client_->send(patient, [](const HTTPResult&) { FAIL(); });
-  silent.awaitConnections(7);
+  silent.awaitConnections(6);
   const HTTPResult waited = fetch(hasty);
   ASSERT_TRUE(waited.error);
   EXPECT_EQ(waited.error->description,

@@ -23,7 +23,10 @@ using TrackingURLs = std::map<std::string, std::vector<std::string>, std::less<>
 class XEL_EXPORT TrackedEvents {
  public:
   const TrackingURLs& trackingURLs() const noexcept { return trackingURLs_; }
-  void setTrackingURLs(TrackingURLs urls) { trackingURLs_ = std::move(urls); }
+  void setTrackingURLs(TrackingURLs urls) {
+    trackingURLs_ = std::move(urls);
+    lastFiled_ = nullptr;
+  }
 
   /// Files a URL after those already filed under the event; a URL filed twice is pinged twice.
   void addEvent_trackingURL(std::string_view event, std::string url);
@@ -38,6 +41,8 @@ class XEL_EXPORT TrackedEvents {
 
  private:
   TrackingURLs trackingURLs_;
+  /// Where the next URL probably goes too: documents file those of one event in a row.
+  TrackingURLs::value_type* lastFiled_ = nullptr;
 };
 
 }  // namespace xel
