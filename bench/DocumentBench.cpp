@@ -1,3 +1,4 @@
+#include <map>
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -5,53 +6,111 @@
 #include <boost/json/value.hpp>
 
 #include "xel/platform/JSONValue.h"
-#include "xel/simulation/StreamInfoBuilder.h"
 
-#include "bench/Ratios.h"
+#include "bench/Allocations.h"
+#include "bench/Documents.h"
+#include "bench/Figures.h"
 #include "model/XELStreamInfo.h"
+#include "vast/XELVastParser.h"
 
+namespace xel::bench {
 namespace {
 
-/// An on-demand document of about 2 MB.
-const std::string& streamInfoDocument() {
-  static const std::string document = [] {
-    auto builder = xel::simulation::StreamInfoBuilder::vod();
-    for (int i = 0; i < 330; ++i) {
-      const std::string key = std::to_string(i);
-      builder.addBreak("break-" + key, i * 100.0);
-      for (const char* ad : {"-a", "-b", "-c"}) builder.addAd("ad-" + key + ad, 10.5);
-    }
-    return builder.build();
-  }();
+const std::string& documentOf(const benchmark::State& state) {
+  static std::map<std::int64_t, std::string> documents;
+  std::string& document = documents[state.range(0)];
+  if (document.empty()) document = streamInfoDocument(static_cast<int>(state.range(0)));
   return document;
 }
 
-/// Wraps the document and asks everything that starting an ad asks.
-void documentWrapAndQuery(benchmark::State& state) {
-  const std::string& document = streamInfoDocument();
+/// Everything that starting an ad asks of a document, but for its VAST.
+void query(const XELStreamInfo& info, const std::string& adKey, const std::string& breakKey) {
+  benchmark::DoNotOptimize(info.adBreakKeyForAdKey(adKey));
+  benchmark::DoNotOptimize(info.adPositionForAdKey(adKey));
+  benchmark::DoNotOptimize(info.durationForAdKey(adKey));
+  benchmark::DoNotOptimize(info.totalAdsForAdBreakKey(breakKey));
+  benchmark::DoNotOptimize(info.durationForAdBreakKey(breakKey));
+  benchmark::DoNotOptimize(info.previousAdsDurationForAdKey(adKey));
+  benchmark::DoNotOptimize(
+      XELStreamInfo::adBreakIndexForStartTime_cuepoints(100, info.cuepoints()));
+}
+
+/// Reads a document, and starts one ad.
+void document(benchmark::State& state) {
+  const std::string& text = documentOf(state);
   for (auto _ : state) {
-    const auto info = XELStreamInfo::initWithStreamInfo(xel::JSONValue::parse(document).value);
+    const auto info = XELStreamInfo::initWithStreamInfo(JSONValue::parse(text).value);
     if (info->eventArrayForTime(100).empty()) state.SkipWithError("no events found");
     benchmark::DoNotOptimize(info->vastForAdKey("ad-1-b"));
-    benchmark::DoNotOptimize(info->adPositionForAdKey("ad-1-b"));
-    benchmark::DoNotOptimize(info->durationForAdKey("ad-1-b"));
-    benchmark::DoNotOptimize(info->totalAdsForAdBreakKey("break-1"));
-    benchmark::DoNotOptimize(info->previousAdsDurationForAdKey("ad-1-b"));
-    benchmark::DoNotOptimize(
-        XELStreamInfo::adBreakIndexForStartTime_cuepoints(100, info->cuepoints()));
+    query(*info, "ad-1-b", "break-1");
   }
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
+  const double before = heapBytes();
+  const auto info = XELStreamInfo::initWithStreamInfo(JSONValue::parse(text).value);
+  state.counters["kept"] = heapBytes() - before;
 }
-BENCHMARK(documentWrapAndQuery)->Unit(benchmark::kMillisecond);
+BENCHMARK(document)->Arg(16)->Arg(333)->Arg(6660);
 
 void boostJSONBareParse(benchmark::State& state) {
-  const std::string& document = streamInfoDocument();
-  for (auto _ : state) benchmark::DoNotOptimize(boost::json::parse(document));
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
+  const std::string& text = documentOf(state);
+  for (auto _ : state) benchmark::DoNotOptimize(boost::json::parse(text));
+  const double before = heapBytes();
+  const boost::json::value value = boost::json::parse(text);
+  state.counters["kept"] = heapBytes() - before;
 }
-BENCHMARK(boostJSONBareParse)->Unit(benchmark::kMillisecond);
+BENCHMARK(boostJSONBareParse)->Arg(16)->Arg(333)->Arg(6660);
 
-const xel::bench::AddRatio ratio({"stream info of 2 MB, to the bare parse", "documentWrapAndQuery",
-                                  "boostJSONBareParse", xel::bench::Ratio::Bound::atMost, 1.2});
+constexpr int breaksOf2000Ads = 667;
+
+/// An ad with a VAST document of 30 KB, from a document of 2,000 ads.
+void adFromItsDocument(benchmark::State& state) {
+  const auto info = XELStreamInfo::initWithStreamInfo(
+      JSONValue::parse(streamInfoDocument(breaksOf2000Ads, vastDocument(6))).value);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        XELVastParser::init()->parseVastDocument(info->vastForAdKey("ad-600-c")));
+    query(*info, "ad-600-c", "break-600");
+  }
+}
+BENCHMARK(adFromItsDocument);
+
+/// The lookups that go through the whole document, in one of 5,000 ads.
+void lookupsThroughTheDocument(benchmark::State& state) {
+  const auto info =
+      XELStreamInfo::initWithStreamInfo(JSONValue::parse(streamInfoDocument(1667)).value);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(info->previousAdsDurationForAdKey("ad-1600-c"));
+    benchmark::DoNotOptimize(info->cuepoints());
+  }
+}
+BENCHMARK(lookupsThroughTheDocument);
+
+double ratioToBareParse(const Results& results, const std::string& breaks,
+                        const std::string& quantity) {
+  return results.counter("document/" + breaks, quantity) /
+         results.counter("boostJSONBareParse/" + breaks, quantity);
+}
+
+constexpr auto atMost = Figure::Bound::atMost;
+
+const AddFigure figures[] = {
+    AddFigure({"document of 100 KB read and asked for an ad, to Boost.JSON's bare parse", "×",
+               atMost, 1.1, [](const Results& r) { return ratioToBareParse(r, "16", "time"); }}),
+    AddFigure({"document of 2 MB, the same", "×", atMost, 1.1,
+               [](const Results& r) { return ratioToBareParse(r, "333", "time"); }}),
+    AddFigure({"document of 40 MB, the same", "×", atMost, 1.1,
+               [](const Results& r) { return ratioToBareParse(r, "6660", "time"); }}),
+    AddFigure({"memory of a document of 100 KB, to the bare parse", "×", atMost, 1.2,
+               [](const Results& r) { return ratioToBareParse(r, "16", "kept"); }}),
+    AddFigure({"memory of a document of 2 MB, the same", "×", atMost, 1.2,
+               [](const Results& r) { return ratioToBareParse(r, "333", "kept"); }}),
+    AddFigure({"memory of a document of 40 MB, the same", "×", atMost, 1.2,
+               [](const Results& r) { return ratioToBareParse(r, "6660", "kept"); }}),
+    AddFigure({"ad built from a document of 2,000 ads, to the parse of its 30 KB of VAST", "×",
+               atMost, 1.2,
+               [](const Results& r) { return r.time("adFromItsDocument") / r.time("vast/6"); }}),
+    AddFigure({"durations before an ad, and cue points, in a document of 5,000 ads", "µs", atMost,
+               1000, [](const Results& r) { return r.time("lookupsThroughTheDocument") / 1e3; }}),
+};
 
 }  // namespace
+}  // namespace xel::bench

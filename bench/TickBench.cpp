@@ -1,47 +1,55 @@
-#include <memory>
-
 #include <benchmark/benchmark.h>
 
-#include "xel/session/XELStreamManager.h"
-#include "xel/session/XELVODStreamRequest.h"
-#include "xel/simulation/simulation.h"
+#include "xel/simulation/StreamInfoBuilder.h"
 
-#include "bench/Ratios.h"
+#include "bench/Allocations.h"
+#include "bench/Figures.h"
+#include "bench/Session.h"
 
+namespace xel::bench {
 namespace {
 
-using namespace xel::simulation;
-
-class Host final : public XELStreamManagerDelegate {
- public:
-  void streamManager_didInitializeStream(XELStreamManager&, const std::string&) override {}
-  void streamManager_didReceiveError(XELStreamManager&,
-                                     const std::shared_ptr<const xel::Error>&) override {}
-};
-
-/// Progress reports 0.2 s apart through a stretch of an on-demand stream without ads.
-void tickWithoutEvent(benchmark::State& state) {
-  SimulatedPlatform platform;
-  const auto answer = StreamInitAnswerBuilder::vod();
-  auto document = StreamInfoBuilder::vod();
-  document.addBreak("break", 0).addAd("ad", 10);
-  platform.server().answer(platform.vodInitURL("c", "v"), {200, answer.build()});
-  platform.server().answer(*answer.timeEventsURL, {200, document.build()});
-  const auto display = std::make_shared<ScriptedDisplay>();
-  const auto host = std::make_shared<Host>();
-  const auto manager = XELStreamManager::initWithVideoDisplay(display);
-  manager->setDelegate(host);
-  manager->requestStream(XELVODStreamRequest::initWithContentSourceID_videoID("c", "v"));
-  platform.loop().runUntilIdle();
-  if (display->loads().size() != 1) state.SkipWithError("the stream was not loaded");
-  display->reportReady();
-
-  int tick = 100;
-  for (auto _ : state) display->reportProgress(++tick / 5.0);
+/// A break of one endless ad from second 0 on.
+std::string documentOfAnEndlessAd() {
+  auto document = simulation::StreamInfoBuilder::vod();
+  document.addBreak("break", 0).addAd("ad", 1e9);
+  return document.build();
 }
+
+/// Progress reports 0.2 s apart.
+void tick(benchmark::State& state, bool inAnAd) {
+  World world(documentOfAnEndlessAd());
+  VODSession session(world);
+  if (inAnAd) session.display->reportProgress(0);
+  world.loop->runUntilIdle();
+  if (session.host->starts != (inAnAd ? 1 : 0)) state.SkipWithError("the ad did not start");
+
+  int ticks = 5;
+  const std::size_t before = allocations();
+  for (auto _ : state) session.display->reportProgress(++ticks / 5.0);
+  state.counters["allocations"] = static_cast<double>(allocations() - before);
+  if ((session.host->countdowns > 0) != inAnAd) state.SkipWithError("wrong countdowns");
+}
+
+void tickWithoutEvent(benchmark::State& state) { tick(state, false); }
 BENCHMARK(tickWithoutEvent);
 
-const xel::bench::AddRatio bound({"progress tick without an event", "tickWithoutEvent", "",
-                                  xel::bench::Ratio::Bound::atMost, 1000});
+void tickInAnAd(benchmark::State& state) { tick(state, true); }
+BENCHMARK(tickInAnAd);
+
+constexpr auto atMost = Figure::Bound::atMost;
+
+const AddFigure figures[] = {
+    AddFigure({"progress tick without an event", "ns", atMost, 200,
+               [](const Results& r) { return r.time("tickWithoutEvent"); }}),
+    AddFigure({"progress tick in an ad, with the host's countdown", "ns", atMost, 2000,
+               [](const Results& r) { return r.time("tickInAnAd"); }}),
+    AddFigure({"allocations of all these ticks together", "", atMost, 0,
+               [](const Results& r) {
+                 return r.counter("tickWithoutEvent", "allocations") +
+                        r.counter("tickInAnAd", "allocations");
+               }}),
+};
 
 }  // namespace
+}  // namespace xel::bench

@@ -1,91 +1,41 @@
+#include <cstdio>
+#include <fstream>
+#include <map>
 #include <string>
 
 #include <benchmark/benchmark.h>
+#include <expat.h>
 #include <libxml/parser.h>
+#include <pugixml.hpp>
 
-#include "bench/Ratios.h"
+#include "bench/Documents.h"
+#include "bench/Figures.h"
 #include "vast/XELVastParser.h"
 
+namespace xel::bench {
 namespace {
 
-std::string tag(const std::string& indent, const std::string& name, const std::string& attributes,
-                const std::string& url) {
-  return indent + "<" + name + attributes + "><![CDATA[" + url + "]]></" + name + ">\n";
-}
-
-/// A URL of the length that measurement vendors use.
-std::string vendorURL(int vendor, const std::string& event) {
-  return "https://pixel" + std::to_string(vendor) + ".tracking.example/v2/event?type=" + event +
-         "&campaign=7731904&line=55120983&creative=138402217755&pub=live-sports&cb=[CACHEBUSTING]"
-         "&ts=[TIMESTAMP]&session=4f9a1c0e-8f0b-4b53-9d5e-1f2a3b4c5d6e&consent=CPzHq4APzHq4AAHABB";
-}
-
-/// One inline ad as servers write it, about 30 KB: indented, six vendors on every event, media
-/// files, companions and an extension.
-std::string makeVastDocument() {
-  std::string vast =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<VAST version=\"4.0\">\n  <Ad id=\"5512\">\n"
-      "    <InLine>\n      <AdSystem version=\"2\">Example</AdSystem>\n"
-      "      <AdTitle>Thirty seconds</AdTitle>\n";
-  for (int vendor = 0; vendor < 6; ++vendor) {
-    vast += tag("      ", "Impression", " id=\"v\"", vendorURL(vendor, "impression"));
-    vast += tag("      ", "Error", "", vendorURL(vendor, "error"));
-  }
-  vast +=
-      "      <Creatives>\n        <Creative id=\"1384\" sequence=\"1\">\n          <Linear>\n"
-      "            <Duration>00:00:30</Duration>\n            <TrackingEvents>\n";
-  for (const char* event : {"start", "creativeView", "firstQuartile", "midpoint", "thirdQuartile",
-                            "complete", "mute", "unmute", "pause", "resume"}) {
-    for (int vendor = 0; vendor < 6; ++vendor) {
-      vast += tag("              ", "Tracking", std::string(" event=\"") + event + '"',
-                  vendorURL(vendor, event));
-    }
-  }
-  vast += "            </TrackingEvents>\n            <MediaFiles>\n";
-  for (int rate = 400; rate <= 4000; rate += 400) {
-    vast +=
-        tag("              ", "MediaFile",
-            " id=\"m\" delivery=\"progressive\" type=\"video/mp4\" width=\"1280\" height=\"720\""
-            " bitrate=\"" +
-                std::to_string(rate) + '"',
-            "https://media.example/creatives/138402217755/" + std::to_string(rate) + ".mp4");
-  }
-  vast +=
-      "            </MediaFiles>\n          </Linear>\n        </Creative>\n"
-      "        <Creative id=\"1385\">\n          <CompanionAds>\n";
-  for (int companion = 0; companion < 4; ++companion) {
-    vast += "            <Companion width=\"300\" height=\"250\">\n";
-    vast += tag("              ", "StaticResource", " creativeType=\"image/png\"",
-                "https://media.example/creatives/companion.png");
-    vast += tag("              ", "Tracking", " event=\"creativeView\"", vendorURL(0, "view"));
-    vast += "            </Companion>\n";
-  }
-  return vast +
-         "          </CompanionAds>\n        </Creative>\n      </Creatives>\n"
-         "      <Extensions>\n        <Extension type=\"example\"><Data>" +
-         std::string(4000, 'x') +
-         "</Data></Extension>\n      </Extensions>\n    </InLine>\n  </Ad>\n</VAST>\n";
-}
-
-const std::string& vastDocument() {
-  static const std::string document = makeVastDocument();
+const std::string& documentOf(const benchmark::State& state) {
+  static std::map<std::int64_t, std::string> documents;
+  std::string& document = documents[state.range(0)];
+  if (document.empty()) document = vastDocument(static_cast<int>(state.range(0)));
   return document;
 }
 
-void vastParse(benchmark::State& state) {
-  const std::string& document = vastDocument();
+void vast(benchmark::State& state) {
+  const std::string& document = documentOf(state);
   if (XELVastParser::init()->parseVastDocument(document).size() != 1) {
     state.SkipWithError("the ad was not read");
   }
   for (auto _ : state) {
     benchmark::DoNotOptimize(XELVastParser::init()->parseVastDocument(document));
   }
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
+  state.counters["bytes"] = static_cast<double>(document.size());
 }
-BENCHMARK(vastParse);
+BENCHMARK(vast)->Arg(1)->Arg(6)->Arg(80)->Arg(830);
 
 void libxml2EmptyHandlers(benchmark::State& state) {
-  const std::string& document = vastDocument();
+  const std::string& document = documentOf(state);
   xmlSAXHandler handlers{};
   handlers.startElement = [](void*, const xmlChar*, const xmlChar**) {};
   handlers.endElement = [](void*, const xmlChar*) {};
@@ -100,11 +50,79 @@ void libxml2EmptyHandlers(benchmark::State& state) {
     if (!context->wellFormed) state.SkipWithError("the document is not well-formed");
     xmlFreeParserCtxt(context);
   }
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
 }
-BENCHMARK(libxml2EmptyHandlers);
+BENCHMARK(libxml2EmptyHandlers)->Arg(1)->Arg(6)->Arg(80)->Arg(830);
 
-const xel::bench::AddRatio ratio({"VAST of 30 KB, to libxml2 with empty handlers", "vastParse",
-                                  "libxml2EmptyHandlers", xel::bench::Ratio::Bound::atMost, 1.5});
+void expatEmptyHandlers(benchmark::State& state) {
+  const std::string& document = documentOf(state);
+  for (auto _ : state) {
+    const XML_Parser parser = XML_ParserCreate("UTF-8");
+    XML_SetElementHandler(
+        parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
+    XML_SetCharacterDataHandler(parser, [](void*, const XML_Char*, int) {});
+    if (XML_Parse(parser, document.data(), static_cast<int>(document.size()), 1) != XML_STATUS_OK) {
+      state.SkipWithError("the document is not well-formed");
+    }
+    XML_ParserFree(parser);
+  }
+}
+BENCHMARK(expatEmptyHandlers)->Arg(6);
+
+void pugixmlTree(benchmark::State& state) {
+  const std::string& document = documentOf(state);
+  for (auto _ : state) {
+    pugi::xml_document tree;
+    if (!tree.load_buffer(document.data(), document.size())) {
+      state.SkipWithError("the document is not well-formed");
+    }
+  }
+}
+BENCHMARK(pugixmlTree)->Arg(6);
+
+/// What a web player would take, in Node.js: its parser runs over the document for a second.
+void vastClientOnNode(benchmark::State& state) {
+  const std::string file = std::string(XEL_BENCH_PEERS) + "/vast.xml";
+  std::ofstream(file) << documentOf(state);
+  const std::string command = "cd " XEL_BENCH_PEERS " && node vast-client.mjs vast.xml";
+  for (auto _ : state) {
+    double nanoseconds = 0;
+    std::FILE* const output = popen(command.c_str(), "r");
+    if (!output || std::fscanf(output, "%lf", &nanoseconds) != 1) {
+      state.SkipWithError("vast-client could not be run");
+    }
+    if (output) pclose(output);
+    state.SetIterationTime(nanoseconds / 1e9);
+  }
+}
+BENCHMARK(vastClientOnNode)->Arg(6)->UseManualTime()->Iterations(1);
+
+double ratio(const Results& results, const char* measured, const char* reference) {
+  return results.time(measured) / results.time(reference);
+}
+
+double timePerByte(const Results& results, const std::string& document) {
+  return results.time("vast/" + document) / results.counter("vast/" + document, "bytes");
+}
+
+constexpr auto atMost = Figure::Bound::atMost;
+constexpr auto atLeast = Figure::Bound::atLeast;
+
+const AddFigure figures[] = {
+    AddFigure({"VAST of 30 KB to its ad, to libxml2 with empty handlers", "×", atMost, 1.3,
+               [](const Results& r) { return ratio(r, "vast/6", "libxml2EmptyHandlers/6"); }}),
+    AddFigure({"the same, to expat with empty handlers", "×", atMost, 3,
+               [](const Results& r) { return ratio(r, "vast/6", "expatEmptyHandlers/6"); }}),
+    AddFigure({"the same, to a tree of pugixml, which has no events", "×", atMost, 10,
+               [](const Results& r) { return ratio(r, "vast/6", "pugixmlTree/6"); }}),
+    AddFigure({"vast-client on Node.js, to it", "×", atLeast, 8,
+               [](const Results& r) { return ratio(r, "vastClientOnNode/6", "vast/6"); }}),
+    AddFigure({"VAST of 4 KB, cost of a byte to that at 30 KB", "×", atMost, 1.3,
+               [](const Results& r) { return timePerByte(r, "1") / timePerByte(r, "6"); }}),
+    AddFigure({"VAST of 300 KB, the same", "×", atMost, 1.3,
+               [](const Results& r) { return timePerByte(r, "80") / timePerByte(r, "6"); }}),
+    AddFigure({"VAST of 3 MB, the same", "×", atMost, 1.3,
+               [](const Results& r) { return timePerByte(r, "830") / timePerByte(r, "6"); }}),
+};
 
 }  // namespace
+}  // namespace xel::bench

@@ -1,89 +1,73 @@
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <map>
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
-#include "bench/Ratios.h"
+#include "bench/Table.h"
 
 namespace xel::bench {
-
-std::vector<Ratio>& ratios() {
-  static std::vector<Ratio> all;
-  return all;
-}
-
 namespace {
 
-/// Prints as usual, and keeps every repetition's nanoseconds: of the processor, but where a
-/// benchmark asks for real time.
+/// Prints as usual, and keeps what the repetitions measured.
 class KeepingReporter final : public benchmark::ConsoleReporter {
  public:
-  KeepingReporter() : ConsoleReporter(OO_None) {}
+  explicit KeepingReporter(Results& results) : ConsoleReporter(OO_None), results_(results) {}
 
   void ReportRuns(const std::vector<Run>& runs) override {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
+      failed_ = failed_ || run.error_occurred;
       if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-      const double seconds = run.run_name.time_type == "real_time" ? run.real_accumulated_time
-                                                                   : run.cpu_accumulated_time;
-      times_[run.run_name.function_name].push_back(seconds / static_cast<double>(run.iterations) *
-                                                   1e9);
+      const std::string name =
+          run.run_name.function_name + (run.run_name.args.empty() ? "" : '/' + run.run_name.args);
+      const bool ofProcessor = run.run_name.time_type.empty();
+      const double seconds = ofProcessor ? run.cpu_accumulated_time : run.real_accumulated_time;
+      results_.add(name, "time", seconds / static_cast<double>(run.iterations) * 1e9);
+      for (const auto& [counter, value] : run.counters) results_.add(name, counter, value);
     }
   }
 
-  /// The median of the repetitions; 0 if the benchmark did not run.
-  double medianNanoseconds(const std::string& name) {
-    std::vector<double>& times = times_[name];
-    if (times.empty()) return 0;
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
-  }
+  bool failed() const { return failed_; }
 
  private:
-  std::map<std::string, std::vector<double>> times_;
+  Results& results_;
+  bool failed_ = false;
 };
-
-/// Prints the summary. False when a bound does not hold.
-bool printRatios(KeepingReporter& reporter) {
-  bool allHold = true;
-  std::printf("\n%-58s %12s   %s\n", "cost", "measured", "bound");
-  for (const Ratio& ratio : ratios()) {
-    const double measured = reporter.medianNanoseconds(ratio.measured);
-    const double reference =
-        ratio.reference.empty() ? 1 : reporter.medianNanoseconds(ratio.reference);
-    if (measured == 0 || reference == 0) continue;
-    const bool atMost = ratio.bound == Ratio::Bound::atMost;
-    const double value = atMost ? measured / reference : reference / measured;
-    const bool holds = atMost ? value <= ratio.limit : value >= ratio.limit;
-    allHold = allHold && holds;
-    std::printf("%-58s %9.2f %s   %s %g%s\n", ratio.what.c_str(), value,
-                ratio.reference.empty() ? "ns" : "x ", atMost ? "at most" : "at least", ratio.limit,
-                holds ? "" : "   MISSED");
-  }
-  return allHold;
-}
 
 }  // namespace
 }  // namespace xel::bench
 
-/// Google Benchmark's options, and `--check`: exit with 1 when a bound does not hold.
+/// Google Benchmark's options, and two of ours: `--check` to exit with 1 when a bound does not
+/// hold, and `--json=FILE` for the table as JSON.
 int main(int argc, char** argv) {
   std::vector<char*> arguments(argv, argv + argc);
   char repetitions[] = "--benchmark_repetitions=5";
   char interleaving[] = "--benchmark_enable_random_interleaving=true";
   arguments.insert(arguments.begin() + 1, {repetitions, interleaving});
-  const auto isCheck = [](const char* argument) { return std::strcmp(argument, "--check") == 0; };
-  const bool check = std::erase_if(arguments, isCheck) > 0;
+  const bool check = std::erase_if(
+      arguments, [](const char* argument) { return std::strcmp(argument, "--check") == 0; });
+  constexpr std::string_view jsonOption = "--json=";
+  std::string jsonFile;
+  std::erase_if(arguments, [&](const char* argument) {
+    if (!std::string_view(argument).starts_with(jsonOption)) return false;
+    jsonFile = argument + jsonOption.size();
+    return true;
+  });
 
   int count = static_cast<int>(arguments.size());
   benchmark::Initialize(&count, arguments.data());
   if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
-  xel::bench::KeepingReporter reporter;
+  xel::bench::Results results;
+  xel::bench::KeepingReporter reporter(results);
   benchmark::RunSpecifiedBenchmarks(&reporter);
-  const bool allHold = xel::bench::printRatios(reporter);
-  return check && !allHold ? 1 : 0;
+  std::printf("\n%s\n\n%s", xel::bench::machine().c_str(), xel::bench::table(results).c_str());
+  if (!jsonFile.empty() && !(std::ofstream(jsonFile) << xel::bench::json(results))) {
+    std::fprintf(stderr, "cannot write %s\n", jsonFile.c_str());
+    return 1;
+  }
+  if (reporter.failed()) return 1;
+  return check && !xel::bench::allHold(results) ? 1 : 0;
 }

@@ -50,6 +50,11 @@ class NginxServer {
     location /text { gzip on; }
     location /large { }
     location /bomb { gzip on; alias large; }
+    location /ondemand/ { proxy_pass $plain/answer; proxy_set_header X-Port $server_port; }
+    location /answer {
+      return 200 '{"stream_id":"1","stream_type":"on_demand","stream_manifest":"https://media.example/1","time_events_url":"https://127.0.0.1:$http_x_port/document"}';
+    }
+    location /document { return 200 '{"ads":{}}'; }
     location /ok { add_header X-Connection $connection; return 200 "fine"; }
     location /never { echo_sleep 3600; }
     location /unhurried { echo_sleep 0.001; echo fine; }
