@@ -32,7 +32,7 @@ void query(const XELStreamInfo& info, const std::string& adKey, const std::strin
   benchmark::DoNotOptimize(info.durationForAdBreakKey(breakKey));
   benchmark::DoNotOptimize(info.previousAdsDurationForAdKey(adKey));
   benchmark::DoNotOptimize(
-      XELStreamInfo::adBreakIndexForStartTime_cuepoints(100, info.cuepoints()));
+      XELStreamInfo::adBreakIndexForStartTime_cuepoints(100, info.knownCuepoints()));
 }
 
 /// Reads a document, and starts one ad.
@@ -73,13 +73,13 @@ void adFromItsDocument(benchmark::State& state) {
 }
 BENCHMARK(adFromItsDocument);
 
-/// The lookups that go through the whole document, in one of 5,000 ads.
+/// What goes through a whole document of 5,000 ads: once, when the first of them starts.
 void lookupsThroughTheDocument(benchmark::State& state) {
-  const auto info =
-      XELStreamInfo::initWithStreamInfo(JSONValue::parse(streamInfoDocument(1667)).value);
+  const JSONValue document = JSONValue::parse(streamInfoDocument(1667)).value;
   for (auto _ : state) {
+    const auto info = XELStreamInfo::initWithStreamInfo(document);
     benchmark::DoNotOptimize(info->previousAdsDurationForAdKey("ad-1600-c"));
-    benchmark::DoNotOptimize(info->cuepoints());
+    benchmark::DoNotOptimize(info->knownCuepoints());
   }
 }
 BENCHMARK(lookupsThroughTheDocument);
@@ -108,8 +108,9 @@ const AddFigure figures[] = {
     AddFigure({"ad built from a document of 2,000 ads, to the parse of its 30 KB of VAST", "×",
                atMost, 1.2,
                [](const Results& r) { return r.time("adFromItsDocument") / r.time("vast/6"); }}),
-    AddFigure({"durations before an ad, and cue points, in a document of 5,000 ads", "µs", atMost,
-               1000, [](const Results& r) { return r.time("lookupsThroughTheDocument") / 1e3; }}),
+    AddFigure({"first ad of a document of 5,000: finding all breaks and cue points, once", "µs",
+               atMost, 1000,
+               [](const Results& r) { return r.time("lookupsThroughTheDocument") / 1e3; }}),
 };
 
 }  // namespace

@@ -59,18 +59,29 @@ double XELStreamInfo::durationForAdBreakKey(std::string_view breakKey) const {
 }
 
 double XELStreamInfo::previousAdsDurationForAdKey(std::string_view adKey) const {
-  const std::int64_t position = adPositionForAdKey(adKey);
+  const JSONValue ad = streamInfo_["ads"][adKey];
+  const std::int64_t position = ad["position"].integer().value_or(-1);
   if (position < 1) return 0;
-  const std::string breakKey = adBreakKeyForAdKey(adKey);
+  const std::string_view breakKey = ad["break"].text().value_or("");
   double sum = 0;
-  streamInfo_["ads"].forEachMember([&](std::string_view, const JSONValue& ad) {
-    const std::int64_t otherPosition = ad["position"].integer().value_or(-1);
-    if (otherPosition >= 1 && otherPosition < position &&
-        ad["break"].text().value_or("") == breakKey) {
-      sum += xel::singlePrecision(ad["duration"]);
-    }
-  });
+  for (const PlacedAd& other : placedAds()) {
+    if (other.position < position && other.breakKey == breakKey) sum += other.duration;
+  }
   return sum;
+}
+
+const std::vector<XELStreamInfo::PlacedAd>& XELStreamInfo::placedAds() const {
+  if (!placedAds_) {
+    auto ads = std::make_unique<std::vector<PlacedAd>>();
+    streamInfo_["ads"].forEachMember([&](std::string_view, const JSONValue& ad) {
+      const std::int64_t position = ad["position"].integer().value_or(-1);
+      if (position < 1) return;
+      ads->push_back(
+          {ad["break"].text().value_or(""), position, xel::singlePrecision(ad["duration"])});
+    });
+    placedAds_ = std::move(ads);
+  }
+  return *placedAds_;
 }
 
 std::vector<JSONValue> XELStreamInfo::eventArrayForTime(double seconds) const {
@@ -93,6 +104,11 @@ XELStreamInfo::Cuepoints XELStreamInfo::cuepoints() const {
   std::stable_sort(cuepoints.begin(), cuepoints.end(),
                    [](const auto& a, const auto& b) { return a->startTime() < b->startTime(); });
   return cuepoints;
+}
+
+const XELStreamInfo::Cuepoints& XELStreamInfo::knownCuepoints() const {
+  if (!knownCuepoints_) knownCuepoints_ = std::make_unique<const Cuepoints>(cuepoints());
+  return *knownCuepoints_;
 }
 
 std::int64_t XELStreamInfo::adBreakIndexForStartTime_cuepoints(double time,

@@ -11,7 +11,7 @@
 #include "xel/platform/JSONValue.h"
 
 /// One stream info document: which ads and breaks the stitched stream holds, where they are, and
-/// which events fire when. Every lookup reads the document anew.
+/// which events fire when.
 ///
 /// Times and durations are seconds of stream time. A lookup that finds nothing, or a value of the
 /// wrong type, answers "", -1, 0 or an empty list.
@@ -31,7 +31,11 @@ class XELStreamInfo final {
   XELStreamInfo& operator=(const XELStreamInfo&) = delete;
 
   const xel::JSONValue& streamInfo() const noexcept { return streamInfo_; }
-  void setStreamInfo(xel::JSONValue streamInfo) noexcept { streamInfo_ = std::move(streamInfo); }
+  void setStreamInfo(xel::JSONValue streamInfo) noexcept {
+    streamInfo_ = std::move(streamInfo);
+    placedAds_.reset();
+    knownCuepoints_.reset();
+  }
 
   std::string eventForMetadata(std::string_view metadata) const;
   std::string adKeyForMetadata(std::string_view metadata) const;
@@ -50,6 +54,8 @@ class XELStreamInfo final {
   std::vector<xel::JSONValue> eventArrayForTime(double seconds) const;
   /// New, unplayed cue points, ascending by start.
   Cuepoints cuepoints() const;
+  /// The same, made once for this document: for their times, not to be handed on.
+  const Cuepoints& knownCuepoints() const;
 
   /// Index of the first cue point that holds the time, both ends included.
   static std::int64_t adBreakIndexForStartTime_cuepoints(double time, const Cuepoints& cuepoints);
@@ -57,5 +63,17 @@ class XELStreamInfo final {
   static double timeOffsetForStartTime_cuepoints(double time, const Cuepoints& cuepoints);
 
  private:
+  struct PlacedAd {
+    std::string_view breakKey;
+    std::int64_t position;
+    double duration;
+  };
+
+  /// The ads that have a position, in document order.
+  const std::vector<PlacedAd>& placedAds() const;
+
   xel::JSONValue streamInfo_;
+  /// Made when first asked for, since most live documents are replaced unasked.
+  mutable std::unique_ptr<const std::vector<PlacedAd>> placedAds_;
+  mutable std::unique_ptr<const Cuepoints> knownCuepoints_;
 };

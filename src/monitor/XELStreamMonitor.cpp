@@ -113,7 +113,7 @@ std::shared_ptr<XELAd> XELStreamMonitor::buildAd(const std::string& adKey) const
   if (ads.empty()) return nullptr;
 
   const std::string adBreakKey = streamInfo_->adBreakKeyForAdKey(adKey);
-  const XELStreamInfo::Cuepoints cuepoints = streamInfo_->cuepoints();
+  const XELStreamInfo::Cuepoints& cuepoints = streamInfo_->knownCuepoints();
   const auto& ad = ads.front();
   ad->setAdKey(adKey);
   ad->setDuration(streamInfo_->durationForAdKey(adKey));

@@ -4,10 +4,11 @@
 #include <cmath>
 
 #include <boost/json/basic_parser_impl.hpp>
-#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
 #include <boost/json/value_stack.hpp>
+
+#include "platform/JSONMemory.h"
 
 namespace json = boost::json;
 
@@ -18,7 +19,8 @@ constexpr std::size_t maxDepth = 512;
 
 /// Everything that one parse allocated; the handles share it.
 struct Document {
-  json::monotonic_resource memory;
+  explicit Document(std::size_t bytesOfText) : memory(bytesOfText) {}
+  JSONMemory memory;
   json::value root = json::value(json::storage_ptr(&memory));
 };
 
@@ -122,7 +124,7 @@ JSONValue::ParseResult JSONValue::parse(std::string_view text) {
   constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
 
-  auto document = std::make_shared<Document>();
+  auto document = std::make_shared<Document>(text.size());
   json::parse_options options;
   options.max_depth = maxDepth;
   json::basic_parser<ValueBuilder> parser(options, &document->memory);
@@ -203,7 +205,7 @@ void JSONValue::forEachMember(
 
 JSONValue JSONValue::withMember(std::string_view name, std::string_view text) const {
   if (!isObject()) return {};
-  auto document = std::make_shared<Document>();
+  auto document = std::make_shared<Document>(text.size());
   document->root = valueAt(node_);
   document->root.get_object()[name] = text;
   const json::value* root = &document->root;

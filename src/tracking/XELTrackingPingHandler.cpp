@@ -43,13 +43,16 @@ Parameters parametersOf(std::string_view query) {
   return parameters;
 }
 
-void ping(const std::string& event, const std::string& trackingURL) {
+void ping(const std::string& event, const std::string& trackingURL, const std::string& userAgent) {
   xel::HTTPRequest request;
   request.url = XELTrackingPingHandler::replaceMacros(trackingURL);
-  if (const auto url = xel::URL::parse(request.url, xel::URL::Brackets::tolerated)) {
-    request.url = XELTrackingPingHandler::addSDKParams(*url);
+  // Asked first, as most URLs are none and need not be taken apart.
+  if (XELTrackingPingHandler::isOrvaneURL(request.url)) {
+    if (const auto url = xel::URL::parse(request.url, xel::URL::Brackets::tolerated)) {
+      request.url = XELTrackingPingHandler::addSDKParams(*url);
+    }
   }
-  request.headers.push_back({"User-Agent", XELEnvironmentUtils::userAgent()});
+  request.headers.push_back({"User-Agent", userAgent});
   request.trackingEvent = event;
   xel::Platform::current().http->send(std::move(request), [event](const xel::HTTPResult& result) {
     if (result.error || result.response.status >= 400) {
@@ -62,7 +65,8 @@ void ping(const std::string& event, const std::string& trackingURL) {
 void pingAll(std::string_view event, const xel::TrackedEvents& events) {
   const auto urls = events.trackingURLsForEvent(event);
   if (!urls) return;
-  for (const std::string& url : *urls) ping(std::string(event), url);
+  const std::string userAgent = XELEnvironmentUtils::userAgent();
+  for (const std::string& url : *urls) ping(std::string(event), url, userAgent);
 }
 
 }  // namespace

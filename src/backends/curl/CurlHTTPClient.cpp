@@ -32,10 +32,6 @@ class CurlHTTPClient final : public HTTPClient {
 
   void send(HTTPRequest request, Completion completion) override {
     const TransferID id = box_->add(std::move(completion));
-    if (auto reason = request.refusal()) {
-      box_->finish(id, {makeTransferError(TransferError::invalidRequest, *std::move(reason)), {}});
-      return;
-    }
     const auto deadline = deadlineOf(request);
     if (!thread_.submit({id, std::move(request), deadline})) {
       box_->finish(id, {thread_.reasonAgainst(), {}});

@@ -7,7 +7,10 @@
 namespace xel {
 
 CurlScheduler::CurlScheduler(CurlSettings settings, CompletionBox& results)
-    : settings_(std::move(settings)), results_(results), multi_(curl_multi_init()) {
+    : settings_(std::move(settings)),
+      results_(results),
+      multi_(curl_multi_init()),
+      handles_(settings_) {
   if (!multi_) throw std::bad_alloc();
   // Idle connections to keep. By default it would shrink with the number of active transfers.
   curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, 64L);
@@ -18,13 +21,13 @@ CurlScheduler::~CurlScheduler() {
 }
 
 void CurlScheduler::add(CurlJob job) {
+  const auto refuse = [&](std::string reason) {
+    results_.finish(job.id,
+                    {makeTransferError(TransferError::invalidRequest, std::move(reason)), {}});
+  };
+  if (auto reason = job.request.refusal()) return refuse(*std::move(reason));
   std::string origin = HostQueue::originOf(job.request.url);
-  if (origin.empty()) {
-    results_.finish(job.id, {makeTransferError(TransferError::invalidRequest,
-                                               "The host or port of the URL is not valid."),
-                             {}});
-    return;
-  }
+  if (origin.empty()) return refuse("The host or port of the URL is not valid.");
   hosts_[std::move(origin)].add(std::move(job));
 }
 
@@ -56,7 +59,8 @@ void CurlScheduler::startWaiting() {
 }
 
 void CurlScheduler::start(Host& host, CurlJob job) {
-  auto active = std::make_unique<Active>(host, std::move(job), settings_);
+  auto active =
+      std::make_unique<Active>(host, std::move(job), settings_.redirects, handles_.take());
   CURL* handle = active->transfer.handle();
   active_.emplace(handle, std::move(active));
   curl_multi_add_handle(multi_.get(), handle);
@@ -82,6 +86,7 @@ void CurlScheduler::finish(CURL* handle, CURLcode code) {
   }
   results_.finish(ended->transfer.id(), ended->transfer.takeResult(code));
   curl_multi_remove_handle(multi_.get(), handle);
+  handles_.giveBack(ended->transfer.releaseHandle());
 }
 
 void CurlScheduler::wait() {

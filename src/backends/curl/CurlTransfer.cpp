@@ -36,22 +36,35 @@ std::vector<HTTPHeader> answerHeaders(CURL* easy) {
 
 }  // namespace
 
-CurlTransfer::CurlTransfer(CurlJob job, const CurlSettings& settings)
+CurlTransfer::CurlTransfer(CurlJob job, RedirectRule redirects, CurlEasy handle)
     : job_(std::move(job)),
       ping_(job_.request.trackingEvent.has_value()),
-      redirects_(settings.redirects, ping_),
-      easy_(curl_easy_init()) {
-  if (!easy_) throw std::bad_alloc();
+      redirects_(redirects, ping_),
+      easy_(std::move(handle)) {
   set(CURLOPT_ERRORBUFFER, errorText_.data());
   set(CURLOPT_WRITEFUNCTION, &receive);
   set(CURLOPT_WRITEDATA, this);
   set(CURLOPT_PREREQFUNCTION, &beforeSending);
   set(CURLOPT_PREREQDATA, this);
   set(CURLOPT_URL, job_.request.url.c_str());
-  set(CURLOPT_PATH_AS_IS, 1L);
+  // To libcurl 0 means no time-out at all.
+  const auto left =
+      std::chrono::ceil<std::chrono::milliseconds>(job_.deadline - CurlJob::Clock::now());
+  set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(left.count())));
   setMethodAndBody();
   setHeaders();
-  setLimits(settings.caFile);
+}
+
+CurlEasy CurlTransfer::releaseHandle() {
+  set(CURLOPT_ERRORBUFFER, static_cast<char*>(nullptr));
+  set(CURLOPT_WRITEDATA, static_cast<void*>(nullptr));
+  set(CURLOPT_PREREQDATA, static_cast<void*>(nullptr));
+  set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
+  set(CURLOPT_POSTFIELDS, static_cast<char*>(nullptr));
+  set(CURLOPT_CUSTOMREQUEST, static_cast<char*>(nullptr));
+  // Takes back POST and HEAD.
+  set(CURLOPT_HTTPGET, 1L);
+  return std::move(easy_);
 }
 
 template <typename T>
@@ -86,26 +99,7 @@ void CurlTransfer::setHeaders() {
   for (const HTTPHeader& header : job_.request.headers) append(headerLine(header));
   set(CURLOPT_HTTPHEADER, headers_.get());
   // The body of a ping's answer is thrown away, so there is nothing to gain from a compressed one.
-  if (!ping_) set(CURLOPT_ACCEPT_ENCODING, "");
-}
-
-void CurlTransfer::setLimits(const std::string& caFile) {
-  const auto left =
-      std::chrono::ceil<std::chrono::milliseconds>(job_.deadline - CurlJob::Clock::now());
-  // To libcurl 0 means no time-out at all.
-  set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(left.count())));
-  set(CURLOPT_PROTOCOLS_STR, "http,https");
-  set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-  set(CURLOPT_FOLLOWLOCATION, 1L);
-  set(CURLOPT_MAXREDIRS, 16L);
-  set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-  // Left to the system's settings it might be less (RFC 8996).
-  set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-  set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-  set(CURLOPT_NOSIGNAL, 1L);
-  // Else the end of the client would wait for a stalled DNS look-up.
-  set(CURLOPT_QUICK_EXIT, 1L);
-  if (!caFile.empty()) set(CURLOPT_CAINFO, caFile.c_str());
+  set(CURLOPT_ACCEPT_ENCODING, ping_ ? static_cast<const char*>(nullptr) : "");
 }
 
 int CurlTransfer::beforeSending(void* transfer, char* address, char* localAddress, int port, int) {

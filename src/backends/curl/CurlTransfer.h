@@ -10,7 +10,6 @@
 
 #include "backends/curl/CurlHandles.h"
 #include "backends/curl/CurlJob.h"
-#include "backends/curl/CurlSettings.h"
 #include "backends/curl/RedirectGuard.h"
 
 namespace xel {
@@ -18,7 +17,8 @@ namespace xel {
 /// One request under way, and what has been received of its answer. I/O thread only.
 class CurlTransfer {
  public:
-  CurlTransfer(CurlJob job, const CurlSettings& settings);
+  /// @param handle with what is common to all transfers.
+  CurlTransfer(CurlJob job, RedirectRule redirects, CurlEasy handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
@@ -28,6 +28,9 @@ class CurlTransfer {
 
   /// What became of the request; takes the body along. `code` is what libcurl ended with.
   HTTPResult takeResult(CURLcode code);
+
+  /// The handle, without anything of this transfer: the last thing to call.
+  CurlEasy releaseHandle();
 
   /// Whether the host that the request names answers over HTTP/2; absent if another host answered.
   std::optional<bool> answeredOverHTTP2() const;
@@ -40,7 +43,6 @@ class CurlTransfer {
   void set(CURLoption option, T value);
   void setMethodAndBody();
   void setHeaders();
-  void setLimits(const std::string& caFile);
   TransferError errorFor(CURLcode code) const;
   std::string reasonFor(CURLcode code) const;
 
