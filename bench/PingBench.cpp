@@ -21,10 +21,15 @@ namespace {
 
 constexpr int burst = 4000;
 
-/// What answers at once, or after 1 ms, which is soon for an ad server. At once, all ways are bound
-/// by the processor, which client and server share; after a wait, by how well the waits overlap.
+/// A server that answers at once, or after 1 ms, which is soon for an ad server. At once, all ways
+/// are bound by the processor, which client and server share; after a wait, by how well the waits
+/// overlap.
+enum Server : std::int64_t { atOnceOverHTTP2, after1msOverHTTP2, atOnceOverHTTP1 };
+
 std::string urlOf(const benchmark::State& state) {
-  return test::NginxServer::instance().overHTTP2() + (state.range(0) == 0 ? "/ok" : "/unhurried");
+  const test::NginxServer& server = test::NginxServer::instance();
+  if (state.range(0) == atOnceOverHTTP1) return server.overHTTP1() + "/ok";
+  return server.overHTTP2() + (state.range(0) == atOnceOverHTTP2 ? "/ok" : "/unhurried");
 }
 
 std::string caFile() { return test::NginxServer::instance().caFile(); }
@@ -48,7 +53,10 @@ void pingsOverTheClient(benchmark::State& state) {
     if (failed > 0) state.SkipWithError("a ping failed");
   }
 }
-BENCHMARK(pingsOverTheClient)->Arg(0)->Arg(1)->Iterations(burst)->UseRealTime();
+BENCHMARK(pingsOverTheClient)
+    ->DenseRange(atOnceOverHTTP2, atOnceOverHTTP1)
+    ->Iterations(burst)
+    ->UseRealTime();
 
 std::size_t discard(char*, std::size_t size, std::size_t count, void*) { return size * count; }
 
@@ -70,7 +78,10 @@ void pingsInABlockingLoop(benchmark::State& state) {
   }
   curl_easy_cleanup(easy);
 }
-BENCHMARK(pingsInABlockingLoop)->Arg(0)->Arg(1)->Iterations(500)->UseRealTime();
+BENCHMARK(pingsInABlockingLoop)
+    ->DenseRange(atOnceOverHTTP2, atOnceOverHTTP1)
+    ->Iterations(500)
+    ->UseRealTime();
 
 /// The least that libcurl needs: as many handles as requests that are under way at once, used again
 /// and again on this thread, and nothing else.
@@ -107,11 +118,16 @@ void pingsOverABareMultiHandle(benchmark::State& state) {
   for (CURL* handle : handles) curl_easy_cleanup(handle);
   curl_multi_cleanup(multi);
 }
-BENCHMARK(pingsOverABareMultiHandle)->Arg(0)->Arg(1)->Iterations(burst)->UseRealTime();
+BENCHMARK(pingsOverABareMultiHandle)
+    ->DenseRange(atOnceOverHTTP2, atOnceOverHTTP1)
+    ->Iterations(burst)
+    ->UseRealTime();
 
-/// A load generator over one connection, which only counts answers.
+/// A load generator, which only counts answers; over as many connections as the client has.
 void pingsOfH2load(benchmark::State& state) {
-  const std::string command = "h2load -c 1 -m 64 -n " + std::to_string(burst) + ' ' + urlOf(state);
+  const std::string command = std::string("h2load ") +
+                              (state.range(0) == atOnceOverHTTP1 ? "--h1 -c 6" : "-c 1 -m 64") +
+                              " -n " + std::to_string(burst) + ' ' + urlOf(state);
   for (auto _ : state) {
     double perSecond = 0;
     std::FILE* const output = popen(command.c_str(), "r");
@@ -124,7 +140,11 @@ void pingsOfH2load(benchmark::State& state) {
     state.SetIterationTime(1 / perSecond);
   }
 }
-BENCHMARK(pingsOfH2load)->Arg(0)->Iterations(1)->UseManualTime();
+BENCHMARK(pingsOfH2load)
+    ->Arg(atOnceOverHTTP2)
+    ->Arg(atOnceOverHTTP1)
+    ->Iterations(1)
+    ->UseManualTime();
 
 double threadMicroseconds() {
   timespec time{};
@@ -161,30 +181,31 @@ void sendingFiftyPings(benchmark::State& state) {
 }
 BENCHMARK(sendingFiftyPings)->Iterations(500);
 
-double ratio(const Results& results, const char* measured, const char* reference) {
-  return results.time(reference) / results.time(measured);
+/// How many times as fast the client is.
+double speedup(const Results& results, const std::string& peer, Server server) {
+  const std::string argument = '/' + std::to_string(server);
+  return results.time(peer + argument) / results.time("pingsOverTheClient" + argument);
 }
 
 constexpr auto atMost = Figure::Bound::atMost;
 constexpr auto atLeast = Figure::Bound::atLeast;
 
 const AddFigure figures[] = {
-    AddFigure({"4,000 pings answered at once, to a blocking loop", "×", atLeast, 3.5,
-               [](const Results& r) {
-                 return ratio(r, "pingsOverTheClient/0", "pingsInABlockingLoop/0");
-               }}),
-    AddFigure({"4,000 pings answered after 1 ms, to a blocking loop", "×", atLeast, 3.5,
-               [](const Results& r) {
-                 return ratio(r, "pingsOverTheClient/1", "pingsInABlockingLoop/1");
-               }}),
+    AddFigure(
+        {"4,000 pings answered after 1 ms, to a blocking loop", "×", atLeast, 3.5,
+         [](const Results& r) { return speedup(r, "pingsInABlockingLoop", after1msOverHTTP2); }}),
+    AddFigure(
+        {"4,000 pings answered at once, the same", "×", atLeast, 3.5,
+         [](const Results& r) { return speedup(r, "pingsInABlockingLoop", atOnceOverHTTP2); }}),
     AddFigure({"4,000 pings answered at once, to the best that libcurl does on one thread", "×",
                atLeast, 0.6,
                [](const Results& r) {
-                 return ratio(r, "pingsOverTheClient/0", "pingsOverABareMultiHandle/0");
+                 return speedup(r, "pingsOverABareMultiHandle", atOnceOverHTTP2);
                }}),
-    AddFigure(
-        {"4,000 pings answered at once, to h2load", "×", atLeast, 0.4,
-         [](const Results& r) { return ratio(r, "pingsOverTheClient/0", "pingsOfH2load/0"); }}),
+    AddFigure({"4,000 pings answered at once over HTTP/1.1, to h2load", "×", atLeast, 0.4,
+               [](const Results& r) { return speedup(r, "pingsOfH2load", atOnceOverHTTP1); }}),
+    AddFigure({"4,000 pings answered at once over HTTP/2, to h2load", "×", atLeast, 0.4,
+               [](const Results& r) { return speedup(r, "pingsOfH2load", atOnceOverHTTP2); }}),
     AddFigure({"50 pings of one event, cost to the main thread, 99th percentile", "µs", atMost, 200,
                [](const Results& r) { return r.counter("sendingFiftyPings", "p99"); }}),
 };

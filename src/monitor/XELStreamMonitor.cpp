@@ -53,9 +53,8 @@ void XELStreamMonitor::handleEvent_withAdKey(std::string_view event, const std::
 
 void XELStreamMonitor::handleStartWithAdKey(const std::string& adKey) {
   if (!requestedAds_.insert(adKey).second) return;
-  const std::size_t starts = requestedAds_.size();
-  currentAd_.reset();
-  const auto ad = buildAd(adKey);
+  currentAd_ = buildAd(adKey);
+  const auto ad = currentAd_;
   if (!ad) {
     xel::Platform::current().log->line("Internal Error: No tracking pings for current ad.");
     return;
@@ -64,11 +63,8 @@ void XELStreamMonitor::handleStartWithAdKey(const std::string& adKey) {
   if (ad->adPosition() == 1) {
     if (auto d = delegate()) d->streamMonitor_adBreakDidStart(*this, ad->adBreakInfo());
   }
-  // A delegate may seek, and so have another ad started, inside its report. The ad is the current
-  // one only from its own report on, so that no countdown comes before it.
-  if (requestedAds_.size() != starts) return;
-  currentAd_ = ad;
-  dispatchEvent("start");
+  // A delegate may seek, and so have another ad started, inside its report.
+  if (currentAd_ == ad) dispatchEvent("start");
   if (currentAd_ == ad) dispatchEvent("creativeview");
 }
 

@@ -23,12 +23,16 @@ class StreamRules {
         return "the start of a break that was not told, or told without its first ad";
       }
     }
-    if (event.ad && event.ad != current_) return "an event of an ad that is not the current one";
+    if (event.ad && event.ad != current_ && !isOfAnnouncedAd(event)) {
+      return "an event of an ad that is not the current one";
+    }
     if (event.name == "adBreakDidEnd") {
-      if (!current_ || current_->adBreakInfo() != event.adBreakInfo) {
+      const bool isCurrent = current_ && current_->adBreakInfo() == event.adBreakInfo;
+      if (!isCurrent && announced_ != event.adBreakInfo) {
         return "the end of a break that is not the current one";
       }
       current_.reset();
+      announced_.reset();
       ++breakEnds;
     }
     return {};
@@ -39,6 +43,13 @@ class StreamRules {
   std::size_t breakEnds = 0;
 
  private:
+  /// The first ad of a break is the current one when the break is told, so that a host which seeks
+  /// then hears events of the ad ahead of its start.
+  bool isOfAnnouncedAd(const simulation::RecordingDelegate::Event& event) const {
+    return event.ad->adBreakInfo() == announced_ &&
+           !started.contains(event.ad->adKey().value_or(""));
+  }
+
   std::shared_ptr<XELAdBreakInfo> announced_;
   std::shared_ptr<XELAd> current_;
 };

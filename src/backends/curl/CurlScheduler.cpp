@@ -31,12 +31,12 @@ void CurlScheduler::add(CurlJob job) {
   hosts_[std::move(origin)].add(std::move(job));
 }
 
-void CurlScheduler::advance() {
+bool CurlScheduler::advance() {
   giveUpExpired();
   startWaiting();
   int running = 0;
   curl_multi_perform(multi_.get(), &running);
-  if (!finishEnded()) wait();
+  return finishEnded();
 }
 
 void CurlScheduler::giveUpExpired() {

@@ -29,9 +29,10 @@ class CurlScheduler {
 
   void add(CurlJob job);
 
-  /// Does what can be done now; if that is nothing, waits until there is something.
-  void advance();
-
+  /// Does what can be done now. False when there is nothing more to do but wait.
+  bool advance();
+  /// Waits until there is something to do.
+  void wait();
   /// Ends a wait, the present one or the next. Threads: any.
   void wakeUp();
 
@@ -50,7 +51,6 @@ class CurlScheduler {
   void start(Host& host, CurlJob job);
   bool finishEnded();
   void finish(CURL* handle, CURLcode code);
-  void wait();
 
   const CurlSettings settings_;
   CompletionBox& results_;

@@ -56,7 +56,7 @@ bool CurlThread::submit(CurlJob job) {
   const std::lock_guard lock(mutex_);
   if (stopping_) return false;
   submitted_.push_back(std::move(job));
-  if (submitted_.size() == 1) scheduler_->wakeUp();
+  if (std::exchange(waiting_, false)) scheduler_->wakeUp();
   return true;
 }
 
@@ -88,15 +88,23 @@ void CurlThread::abandon() {
 }
 
 void CurlThread::run() {
-  while (takeJobs()) scheduler_->advance();
+  while (takeJobs()) {
+    if (!scheduler_->advance() && mayWait()) scheduler_->wait();
+  }
   // Closing connections writes to them, which is this thread's business.
   scheduler_.reset();
+}
+
+bool CurlThread::mayWait() {
+  const std::lock_guard lock(mutex_);
+  return waiting_ = submitted_.empty() && !stopping_;
 }
 
 bool CurlThread::takeJobs() {
   std::vector<CurlJob> jobs;
   {
     const std::lock_guard lock(mutex_);
+    waiting_ = false;
     if (stopping_) return false;
     jobs.swap(submitted_);
   }

@@ -36,6 +36,7 @@ class CurlThread {
  private:
   void run();
   bool takeJobs();
+  bool mayWait();
   /// In a forked child, which has no such thread: leaves alone what the parent still uses.
   void abandon();
 
@@ -47,6 +48,8 @@ class CurlThread {
   std::mutex mutex_;
   std::vector<CurlJob> submitted_;
   bool stopping_ = false;
+  /// Whether a job must wake the thread up, which costs more than the rest of handing it over.
+  bool waiting_ = false;
   /// Where the thread could not be started.
   std::string whyNotStarted_;
 };
