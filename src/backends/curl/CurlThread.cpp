@@ -101,7 +101,7 @@ bool CurlThread::mayWait() {
 }
 
 bool CurlThread::takeJobs() {
-  std::vector<CurlJob> jobs;
+  std::deque<CurlJob> jobs;
   {
     const std::lock_guard lock(mutex_);
     waiting_ = false;

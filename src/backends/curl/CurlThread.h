@@ -1,10 +1,10 @@
 #pragma once
 
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include <sys/types.h>
 
@@ -46,7 +46,7 @@ class CurlThread {
   std::thread thread_;
 
   std::mutex mutex_;
-  std::vector<CurlJob> submitted_;
+  std::deque<CurlJob> submitted_;
   bool stopping_ = false;
   /// Whether a job must wake the thread up, which costs more than the rest of handing it over.
   bool waiting_ = false;
