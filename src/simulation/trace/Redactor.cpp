@@ -200,7 +200,9 @@ std::string Redactor::replaceSecrets(std::string_view text) const {
     if (begin < done) continue;
     const auto number =
         secret->where == Where::wholeNumber ? numberAround(text, {begin, end}) : std::nullopt;
-    redacted += text.substr(done, (number ? number->first : begin) - done);
+    // The number may begin within what is replaced already.
+    const auto from = std::max(done, number ? number->first : begin);
+    redacted += text.substr(done, from - done);
     redacted += number ? '"' + secret->replacement + '"' : secret->replacement;
     done = number ? number->second : end;
   }
