@@ -190,14 +190,17 @@ std::string Redactor::replaceSecrets(std::string_view text) const {
   }
   if (found.empty()) return std::string(text);
 
-  // Where several overlap, the outermost counts.
+  // Where several overlap, the outermost counts, and of one that goes on behind it no rest stays.
   std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) {
     return a.begin != b.begin ? a.begin < b.begin : a.end > b.end;
   });
   std::string redacted;
   std::size_t done = 0;
   for (const auto& [begin, end, secret] : found) {
-    if (begin < done) continue;
+    if (begin < done) {
+      done = std::max(done, end);
+      continue;
+    }
     const auto number =
         secret->where == Where::wholeNumber ? numberAround(text, {begin, end}) : std::nullopt;
     // The number may begin within what is replaced already.
