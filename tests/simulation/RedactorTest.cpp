@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "xel/session/XELVODStreamRequest.h"
+
 #include "simulation/trace/Redactor.h"
+#include "simulation/trace/SessionSecrets.h"
 
 namespace xel::simulation {
 namespace {
@@ -58,6 +61,21 @@ TEST(Redactor, ReplacesSecretsHoweverTheyAreWritten) {
   EXPECT_EQ(other.rfind("redacted-", 0), 0u);
   EXPECT_EQ(redactor.headerValue("Set-Cookie", "Bearer x"), other);
   EXPECT_EQ(redactor.headerValue("Date", "abcd"), "abcd");
+}
+
+TEST(Redactor, KnowsTheSecretsOfARequest) {
+  const auto request = XELVODStreamRequest::initWithContentSourceID_videoID("source", "video");
+  request->setAdTagParameters({
+      {"cust_params", "user%3Dalice77xy%26email%3Dbob%40mail.example"},
+  });
+  Redactor redactor(false);
+  addSecrets(redactor, *request);
+  const Case cases[] = {
+      {"c=user%3Dalice77xy%26email%3Dbob%40mail.example", "c=redacted-1"},
+      {"alice77xy email=bob%40mail.example bob@mail.example",
+       "redacted-2 email=redacted-3 redacted-3"},
+  };
+  for (const auto& [text, redacted] : cases) EXPECT_EQ(redactor.text(text), redacted);
 }
 
 TEST(Redactor, ReplacesTheQueryValuesOfURLsButNotTheirForm) {

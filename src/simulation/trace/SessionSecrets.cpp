@@ -4,6 +4,8 @@
 #include <array>
 #include <string_view>
 
+#include "simulation/trace/DecodedText.h"
+
 namespace xel::simulation {
 namespace {
 
@@ -30,6 +32,9 @@ void addSecrets(Redactor& redactor, const XELStreamRequest& request) {
     const bool isPlain = value.find_first_of("=&") == std::string::npos;
     if (!isPlain || isOneOf(name, ofTheViewer)) redactor.addSecret(value);
     redactor.addParameters(value);
+    // The host may have escaped it itself.
+    const auto decoded = DecodedText::fromPercent(value);
+    if (decoded.hasEscapes()) redactor.addParameters(decoded.text());
   }
   if (const auto& suffix = request.manifestURLSuffix()) {
     // By its values: of its names the client makes something.
