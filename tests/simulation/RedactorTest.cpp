@@ -65,15 +65,16 @@ TEST(Redactor, ReplacesSecretsHoweverTheyAreWritten) {
 
 TEST(Redactor, KnowsTheSecretsOfARequest) {
   const auto request = XELVODStreamRequest::initWithContentSourceID_videoID("source", "video");
-  request->setAdTagParameters({
-      {"cust_params", "user%3Dalice77xy%26email%3Dbob%40mail.example"},
-  });
+  request->setAdTagParameters(
+      {{"cust_params", "user%3Dalice77xy%26email%3Dbob%40mail.example"}, {"ppid", "true"}});
   Redactor redactor(false);
   addSecrets(redactor, *request);
   const Case cases[] = {
       {"c=user%3Dalice77xy%26email%3Dbob%40mail.example", "c=redacted-1"},
       {"alice77xy email=bob%40mail.example bob@mail.example",
        "redacted-2 email=redacted-3 redacted-3"},
+      {"ppid=true&x=truer", "ppid=redacted-4&x=truer"},
+      {R"({"ppid":"true","true":true})", R"({"ppid":"redacted-4","true":true})"},
   };
   for (const auto& [text, redacted] : cases) EXPECT_EQ(redactor.text(text), redacted);
 }

@@ -50,13 +50,14 @@ std::size_t find(std::string_view text, std::string_view part, std::size_t from)
 }  // namespace
 
 void Redactor::addSecret(const std::string& value) {
-  addSecret(value, value.size() < shortestInWords ? Where::wholeValue
-                   : isDigits(value)              ? Where::wholeNumber
-                                                  : Where::anywhere);
+  const bool isCommon = value.size() < shortestInWords || isProtocolWord(value);
+  addSecret(value, isCommon          ? Where::wholeValue
+                   : isDigits(value) ? Where::wholeNumber
+                                     : Where::anywhere);
 }
 
 void Redactor::addSecret(const std::string& value, Where where) {
-  if (value.find_first_not_of("0-") == std::string::npos || isProtocolWord(value)) return;
+  if (value.find_first_not_of("0-") == std::string::npos) return;
   if (!known_.insert(value).second) return;
   const auto replacement = replacements_.of(value);
   if (Replacements::isUUID(value)) {
@@ -87,6 +88,7 @@ void Redactor::addParameters(std::string_view parameters) {
     }
     const auto isIdentifier = value.size() >= shortestIdentifier &&
                               value.find_first_of("0123456789") != std::string::npos;
+    if (isProtocolWord(value)) continue;
     if (isDigits(value)) {
       if (value.size() >= fewestDigits) addSecret(value);
     } else if (isIdentifier || value.find('@') != std::string::npos) {

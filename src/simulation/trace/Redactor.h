@@ -21,8 +21,8 @@ class Redactor {
   explicit Redactor(bool redactURLs) : redactURLs_(redactURLs), urls_(replacements_) {}
 
   /// Replaces the value from now on: wherever it occurs, however it is escaped. One with fewer than
-  /// four characters is replaced where it is the whole of a text or of a query value. Empty, or a
-  /// UUID of zeros: no secret.
+  /// four characters, or that is a word of the protocol, is replaced where it is the whole of a
+  /// text or of a query value. Empty, or a UUID of zeros: no secret.
   void addSecret(const std::string& value);
   /// Makes secrets of the values of parameters, such as "user=42&section=news": under their own
   /// names always; anywhere those that look like identifiers; the others as whole words, but for
