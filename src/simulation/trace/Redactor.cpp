@@ -137,10 +137,11 @@ bool Redactor::isWhole(std::string_view text, Range range, const Secret& secret)
     case Where::wholeWord:
       return !isWordCharacter(before) && !isWordCharacter(after);
     case Where::wholeNumber: {
-      const auto isFraction = before == '.' && range.first > 1 && isDigit(text[range.first - 2]);
-      const auto hasFraction =
-          after == '.' && range.second + 1 < text.size() && isDigit(text[range.second + 1]);
-      return !isDigit(before) && !isDigit(after) && !isFraction && !hasFraction;
+      if (isDigit(before) || isDigit(after)) return false;
+      if ((before != '.' && after != '.') || !numberAround(text, range)) return true;
+      // A fraction of zeros makes no other number.
+      const auto fraction = std::min(text.find_first_not_of('0', range.second + 1), text.size());
+      return before != '.' && (fraction == text.size() || !isDigit(text[fraction]));
     }
     case Where::wholeValue:
       break;
