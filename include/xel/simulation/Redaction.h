@@ -21,7 +21,8 @@ class XEL_EXPORT Redaction final {
   Redaction(const Redaction&) = delete;
   Redaction& operator=(const Redaction&) = delete;
 
-  /// The text with replacements, however the secrets are escaped in it. See `TraceRecorder`.
+  /// The text with replacements, also where the secrets are escaped in it for JSON, XML or URLs, up
+  /// to four times one inside the other. See `TraceRecorder`.
   std::string operator()(std::string_view text) const;
 
  private:

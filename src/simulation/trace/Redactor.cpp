@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t shortestInWords = 4;
 constexpr std::size_t shortestIdentifier = 8;
 constexpr std::size_t fewestDigits = 6;
+constexpr int escapeRounds = 4;
 
 std::string mapped(std::string text, int (*map)(int)) {
   std::transform(text.begin(), text.end(), text.begin(),
@@ -166,7 +167,7 @@ std::optional<Redactor::Range> Redactor::numberAround(std::string_view text, Ran
 }
 
 std::string Redactor::replaceSecrets(std::string_view text) const {
-  // As it is, then with the escapes of JSON, XML and URLs read, one inside the other.
+  // As it is, then with the escapes of JSON, XML and URLs read, one inside the other, and again.
   std::vector<DecodedText> layers;
   std::vector<Found> found;
   const auto search = [&](std::string_view decoded) {
@@ -183,13 +184,17 @@ std::string Redactor::replaceSecrets(std::string_view text) const {
     }
   };
   search(text);
-  for (const auto decode :
-       {DecodedText::fromJSON, DecodedText::fromXML, DecodedText::fromPercent,
-        DecodedText::fromPercent, DecodedText::fromPercent, DecodedText::fromPercent}) {
-    auto decoded = decode(layers.empty() ? text : std::string_view(layers.back().text()));
-    if (!decoded.hasEscapes()) continue;
-    layers.push_back(std::move(decoded));
-    search(layers.back().text());
+  bool hasMore = true;
+  for (int round = 0; hasMore && round < escapeRounds; ++round) {
+    hasMore = false;
+    for (const auto decode :
+         {DecodedText::fromJSON, DecodedText::fromXML, DecodedText::fromPercent}) {
+      auto decoded = decode(layers.empty() ? text : std::string_view(layers.back().text()));
+      if (!decoded.hasEscapes()) continue;
+      hasMore = true;
+      layers.push_back(std::move(decoded));
+      search(layers.back().text());
+    }
   }
   if (found.empty()) return std::string(text);
 

@@ -20,9 +20,10 @@ class Redactor {
   /// @param redactURLs whether the query values of all URLs are replaced too.
   explicit Redactor(bool redactURLs) : redactURLs_(redactURLs), urls_(replacements_) {}
 
-  /// Replaces the value from now on: wherever it occurs, however it is escaped. One with fewer than
-  /// four characters, or that is a word of the protocol, is replaced where it is the whole of a
-  /// text or of a query value. Empty, or a UUID of zeros: no secret.
+  /// Replaces the value from now on: wherever it occurs, also where it is escaped for JSON, XML or
+  /// URLs, or for several of them in any order, up to four times in all. One with fewer than four
+  /// characters, or that is a word of the protocol, is replaced where it is the whole of a text or
+  /// of a query value. Empty, or a UUID of zeros: no secret.
   void addSecret(const std::string& value);
   /// Makes secrets of the values of parameters, such as "user=42&section=news": under their own
   /// names always; anywhere those that look like identifiers; the others as whole words, but for
