@@ -9,10 +9,10 @@ namespace xel::bench {
 
 /// What the benchmarks of one run measured, by their names with arguments, such as "vast/30".
 ///
-/// Of a benchmark's repetitions the fastest counts: whatever else the machine does can only add.
+/// Of a benchmark's repetitions the fastest counts, since whatever else the machine does can only
+/// add; of other quantities the largest.
 class Results {
  public:
-  /// Keeps the smallest.
   void add(const std::string& benchmark, const std::string& quantity, double value);
 
   /// Nanoseconds of one iteration: of the processor, but where a benchmark asks for real time.

@@ -1,5 +1,6 @@
 #include "bench/Table.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -81,10 +82,9 @@ std::string json(const Results& results) {
 }
 
 bool allHold(const Results& results) {
-  bool all = true;
-  forEachMeasured(results,
-                  [&](const Figure& figure, double value) { all = all && figure.holds(value); });
-  return all;
+  // What was not measured is not a number, and so within no bound.
+  return std::all_of(figures().begin(), figures().end(),
+                     [&](const Figure& figure) { return figure.holds(figure.value(results)); });
 }
 
 }  // namespace xel::bench

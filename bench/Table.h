@@ -15,7 +15,7 @@ std::string table(const Results& results);
 /// The same for programs, as JSON text.
 std::string json(const Results& results);
 
-/// Whether every figure that was measured is within its bound.
+/// Whether every figure was measured, and is within its bound.
 bool allHold(const Results& results);
 
 }  // namespace xel::bench

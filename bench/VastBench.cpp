@@ -116,11 +116,11 @@ const AddFigure figures[] = {
                [](const Results& r) { return ratio(r, "vast/6", "pugixmlTree/6"); }}),
     AddFigure({"vast-client on Node.js, to it", "×", atLeast, 8,
                [](const Results& r) { return ratio(r, "vastClientOnNode/6", "vast/6"); }}),
-    AddFigure({"VAST of 4 KB, cost of a byte to that at 30 KB", "×", atMost, 2,
+    AddFigure({"VAST of 4 KB, cost of a byte to that at 30 KB", "×", atMost, 1.5,
                [](const Results& r) { return timePerByte(r, "1") / timePerByte(r, "6"); }}),
-    AddFigure({"VAST of 300 KB, the same", "×", atMost, 2,
+    AddFigure({"VAST of 300 KB, the same", "×", atMost, 1.5,
                [](const Results& r) { return timePerByte(r, "80") / timePerByte(r, "6"); }}),
-    AddFigure({"VAST of 3 MB, the same", "×", atMost, 2,
+    AddFigure({"VAST of 3 MB, the same", "×", atMost, 1.5,
                [](const Results& r) { return timePerByte(r, "830") / timePerByte(r, "6"); }}),
 };
 

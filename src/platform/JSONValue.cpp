@@ -205,7 +205,8 @@ void JSONValue::forEachMember(
 
 JSONValue JSONValue::withMember(std::string_view name, std::string_view text) const {
   if (!isObject()) return {};
-  auto document = std::make_shared<Document>(text.size());
+  constexpr std::size_t usualAnswer = std::size_t{16} << 10;
+  auto document = std::make_shared<Document>(usualAnswer + text.size());
   document->root = valueAt(node_);
   document->root.get_object()[name] = text;
   const json::value* root = &document->root;

@@ -28,8 +28,9 @@ bool isPresent(const std::optional<std::string>& text) { return text && !text->e
 /// those, such as a scheme or a user that would have the request go elsewhere.
 std::string endpoint(const std::string& hostAndPort) {
   if (hostAndPort.find_first_of("/\\?#@") == std::string::npos) return "https://" + hostAndPort;
-  xel::Platform::current().log->line("Error: The stream-init host \"" + hostAndPort +
-                                     "\" must be a host name, with or without a port");
+  // Not quoted: it may hold a password.
+  xel::Platform::current().log->line(
+      "Error: The stream-init host must be a host name, with or without a port, and nothing else");
   return "https://";
 }
 

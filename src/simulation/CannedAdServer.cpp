@@ -7,12 +7,6 @@
 #include <utility>
 
 namespace xel::simulation {
-namespace {
-
-constexpr std::chrono::duration<double> defaultTimeout{60};
-
-}  // namespace
-
 CannedAdServer::CannedAdServer(std::shared_ptr<VirtualRunLoop> loop)
     : loop_(std::move(loop)),
       otherDocuments_{404},
@@ -58,7 +52,7 @@ void CannedAdServer::clear() {
 void CannedAdServer::send(HTTPRequest request, Completion completion) {
   Outcome outcome = nextOutcome(request);
   const double timeout =
-      std::chrono::duration<double>(request.timeout ? *request.timeout : defaultTimeout).count();
+      std::chrono::duration<double>(request.timeout.value_or(defaultTimeout)).count();
   if (outcome.answer.delay > timeout) outcome = {TransferError::timedOut, {0, {}, timeout}};
 
   HTTPResult result;

@@ -33,7 +33,7 @@ struct XEL_EXPORT HTTPRequest {
   std::string method = "GET";
   std::vector<HTTPHeader> headers = {};
   std::string body = {};
-  /// From sending to the last byte of the answer; absent: the client's default, 60 s.
+  /// From sending to the last byte of the answer; absent: `HTTPClient::defaultTimeout`.
   std::optional<std::chrono::milliseconds> timeout = {};
   CachePolicy cachePolicy = CachePolicy::useProtocol;
   /// The tracking event that this request reports: present for a ping, absent for a document.
@@ -100,6 +100,9 @@ class XEL_EXPORT HTTPClient {
 
   /// A longer body is a transfer error (`TransferError::tooLarge`): 64 MiB.
   static constexpr std::size_t maxBodyBytes = std::size_t{64} << 20;
+
+  /// Of a request that sets none.
+  static constexpr std::chrono::milliseconds defaultTimeout{60'000};
 
   virtual ~HTTPClient();
 

@@ -14,7 +14,7 @@ std::chrono::steady_clock::time_point deadlineOf(const HTTPRequest& request) {
   using namespace std::chrono_literals;
   // libcurl counts milliseconds in a long, which may have 32 bits.
   constexpr std::chrono::milliseconds longest = 24h * 24;
-  const auto timeout = request.timeout.value_or(60s);
+  const auto timeout = request.timeout.value_or(HTTPClient::defaultTimeout);
   return std::chrono::steady_clock::now() + std::clamp(timeout, 0ms, longest);
 }
 

@@ -2,9 +2,16 @@
 
 #include <algorithm>
 #include <new>
+#include <system_error>
 #include <utility>
 
 namespace xel {
+namespace {
+
+/// Hosts of which it is remembered that they speak HTTP/2.
+constexpr std::size_t mostKnownHosts = 64;
+
+}  // namespace
 
 CurlScheduler::CurlScheduler(CurlSettings settings, CompletionBox& results)
     : settings_(std::move(settings)),
@@ -12,6 +19,10 @@ CurlScheduler::CurlScheduler(CurlSettings settings, CompletionBox& results)
       multi_(curl_multi_init()),
       handles_(settings_) {
   if (!multi_) throw std::bad_alloc();
+  // Without file descriptors it has none to be woken up by, and says so only when asked.
+  if (curl_multi_wakeup(multi_.get()) != CURLM_OK) {
+    throw std::system_error(std::make_error_code(std::errc::too_many_files_open));
+  }
   // Idle connections to keep. By default it would shrink with the number of active transfers.
   curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, 64L);
 }
@@ -54,7 +65,8 @@ void CurlScheduler::giveUpExpired() {
 void CurlScheduler::startWaiting() {
   for (auto host = hosts_.begin(); host != hosts_.end();) {
     while (auto job = host->second.start()) start(*host, *std::move(job));
-    host = host->second.forgettable() ? hosts_.erase(host) : std::next(host);
+    const bool isCrowded = hosts_.size() > mostKnownHosts;
+    host = host->second.isForgettable(isCrowded) ? hosts_.erase(host) : std::next(host);
   }
 }
 

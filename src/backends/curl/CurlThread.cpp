@@ -36,14 +36,14 @@ CurlThread::CurlThread(CurlSettings settings, CompletionBox& results) : process_
     stopping_ = true;
     return;
   }
-  scheduler_ = std::make_unique<CurlScheduler>(std::move(settings), results);
   const SignalsBlocked blocked;
   try {
+    scheduler_ = std::make_unique<CurlScheduler>(std::move(settings), results);
     thread_ = std::thread(&CurlThread::run, this);
   } catch (const std::system_error& error) {
     scheduler_.reset();
     stopping_ = true;
-    whyNotStarted_ = std::string("The client has no thread: ") + error.what();
+    whyNotStarted_ = std::string("The client could not start: ") + error.what();
   }
 }
 

@@ -36,8 +36,11 @@ class HostQueue {
   /// The earliest deadline of a waiting job.
   std::optional<CurlJob::Clock::time_point> nextDeadline() const;
 
-  /// Whether nothing is lost when this queue is forgotten.
-  bool forgettable() const noexcept { return pings_.isIdle() && others_.isIdle() && !overHTTP2_; }
+  /// Whether nothing is lost when this queue is forgotten; among many hosts, nothing but what the
+  /// host is known to speak.
+  bool isForgettable(bool isCrowded) const noexcept {
+    return pings_.isIdle() && others_.isIdle() && (isCrowded || !overHTTP2_);
+  }
 
  private:
   struct Lane {

@@ -26,7 +26,6 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr const char* application = "com.example.faults";
-constexpr milliseconds clientsOwnTimeout{60'000};
 /// When a request is given up that will have no answer: time enough for it to reach the server,
 /// which the first one has to connect to.
 constexpr milliseconds soon{100};
@@ -109,7 +108,7 @@ class FaultedSession final : public HTTPClient,
     const auto endpoint = endpointOf(request);
     auto& transfers = transfers_[endpoint];
     const auto place = transfers.size();
-    transfers.push_back({request.timeout.value_or(clientsOwnTimeout), loop_->turn()});
+    transfers.push_back({request.timeout.value_or(HTTPClient::defaultTimeout), loop_->turn()});
     ++underWay_;
     // The body of a ping's answer is too short to drip for long.
     const bool staysAway = fault_.kind == Fault::Kind::hang ||
