@@ -20,7 +20,7 @@ TEST(Redactor, ReplacesSecretsHoweverTheyAreWritten) {
     redactor.addSecret(secret);
   }
   redactor.addParameters("user=77&mail=a.b%40c12&on=1&likes=news&kind=live&age=1984&bare");
-  for (const auto* secret : {"12e45678", "7654321", "secretone1", "one1secret2"})
+  for (const auto* secret : {"12e45678", "7654321", "secretone1", "one1secret2", "a\\nb&c"})
     redactor.addSecret(secret);
   const Case cases[] = {
       {"k&y/\"ä 1k&y/\"ä 1", "redacted-1redacted-1"},
@@ -56,6 +56,7 @@ TEST(Redactor, ReplacesSecretsHoweverTheyAreWritten) {
       {R"({"x":12e45678e7654321,"y":"other 7654321 end"})",
        R"({"x":redacted-12"redacted-13","y":"other redacted-13 end"})"},
       {"secretone1secret2, one1secret2", "redacted-14, redacted-15"},
+      {"<a b='a\\nb&amp;c'/>", "<a b='redacted-16'/>"},
   };
   for (const auto& [text, redacted] : cases) {
     EXPECT_EQ(redactor.text(text), redacted);

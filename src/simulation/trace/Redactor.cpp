@@ -72,8 +72,12 @@ void Redactor::addSecret(const std::string& value, Where where) {
   auto asForm = value;
   std::replace(asForm.begin(), asForm.end(), ' ', '+');
   if (asForm != value) add(asForm, replacement, where);
-  const auto decoded = DecodedText::fromPercent(value);
-  if (decoded.hasEscapes()) add(decoded.text(), replacement, where);
+  // What looks like an escape in it is read as one where others are.
+  for (const auto decode :
+       {DecodedText::fromJSON, DecodedText::fromXML, DecodedText::fromPercent}) {
+    const auto decoded = decode(value);
+    if (decoded.hasEscapes()) add(decoded.text(), replacement, where);
+  }
 }
 
 void Redactor::addParameters(std::string_view parameters) {
