@@ -130,13 +130,13 @@ TEST_F(StalledLookUpTest, HoldsUpNeitherTheClientsEndNorTheProcesss) {
   drain();
 }
 
-TEST(ProcessLife, FailsRequestsWhereNoThreadCanStart) {
+TEST(ProcessLife, FailsRequestsWhereNoThreadOrFileCanBeHad) {
   if (!isPlainBuild) GTEST_SKIP() << "only without sanitizers";
-  const auto fail = [] {
-    // The limit is not for root.
+  const auto fail = [](auto limit) {
+    // The limit of threads is not for root.
     const bool isUnprivileged = geteuid() != 0 || setresuid(65534, 65534, 65534) == 0;
     const rlimit none = {0, 0};
-    EXPECT_TRUE(isUnprivileged && setrlimit(RLIMIT_NPROC, &none) == 0);
+    EXPECT_TRUE(isUnprivileged && setrlimit(limit, &none) == 0);
     const auto loop = std::make_shared<StandardRunLoop>();
     const auto platform = Platform::makeDefault({.mainRunLoop = loop});
     std::string told;
@@ -147,7 +147,8 @@ TEST(ProcessLife, FailsRequestsWhereNoThreadCanStart) {
     loop->run();
     EXPECT_TRUE(told.starts_with("The client could not start: ")) << told;
   };
-  EXPECT_EQ(statusOfChild(fail), 0);
+  EXPECT_EQ(statusOfChild([&] { fail(RLIMIT_NPROC); }), 0);
+  EXPECT_EQ(statusOfChild([&] { fail(RLIMIT_NOFILE); }), 0);
 }
 
 }  // namespace
