@@ -7,7 +7,7 @@ namespace xel::bench {
 
 void Results::add(const std::string& benchmark, const std::string& quantity, double value) {
   double& kept = values_[benchmark].try_emplace(quantity, value).first->second;
-  kept = quantity == "time" ? std::min(kept, value) : std::max(kept, value);
+  kept = quantity == "time" ? std::min(kept, value) : value;
 }
 
 double Results::counter(const std::string& benchmark, const std::string& name) const {

@@ -10,7 +10,7 @@ namespace xel::bench {
 /// What the benchmarks of one run measured, by their names with arguments, such as "vast/30".
 ///
 /// Of a benchmark's repetitions the fastest counts, since whatever else the machine does can only
-/// add; of other quantities the largest.
+/// add; of other quantities the last, which a benchmark may gather over all of them.
 class Results {
  public:
   void add(const std::string& benchmark, const std::string& quantity, double value);
