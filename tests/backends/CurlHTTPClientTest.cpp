@@ -142,6 +142,26 @@ TEST_F(CurlHTTPClientTest, EndsAnswersThatHaveNoEnd) {
   }
 }
 
+/// Connections that the server closes between two requests are no fault, however many there are.
+TEST_F(CurlHTTPClientTest, SendsAgainWhatAClosedConnectionTook) {
+  constexpr int requests = 12;
+  const Listener listener;
+  std::thread server([&] {
+    for (int i = 0; i < requests; ++i) {
+      const int connection = accept(listener.socket(), nullptr, nullptr);
+      char request[4096];
+      constexpr std::string_view answer = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
+      EXPECT_GT(recv(connection, request, sizeof request, 0), 0);
+      EXPECT_GT(::send(connection, answer.data(), answer.size(), MSG_NOSIGNAL), 0);
+      static_cast<void>(recv(connection, request, sizeof request, 0));
+      close(connection);
+    }
+  });
+  for (int i = 0; i < requests; ++i) EXPECT_EQ(failureOf(get(listener.url())), TransferError{0});
+  client_.reset();
+  server.join();
+}
+
 TEST_F(CurlHTTPClientTest, TimesOutInTransferAndWhileWaitingForOthers) {
   using namespace std::chrono_literals;
   const Listener unanswering;

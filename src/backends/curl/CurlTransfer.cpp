@@ -55,18 +55,6 @@ CurlTransfer::CurlTransfer(CurlJob job, RedirectRule redirects, CurlEasy handle)
   setHeaders();
 }
 
-CurlEasy CurlTransfer::releaseHandle() {
-  set(CURLOPT_ERRORBUFFER, static_cast<char*>(nullptr));
-  set(CURLOPT_WRITEDATA, static_cast<void*>(nullptr));
-  set(CURLOPT_PREREQDATA, static_cast<void*>(nullptr));
-  set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
-  set(CURLOPT_POSTFIELDS, static_cast<char*>(nullptr));
-  set(CURLOPT_CUSTOMREQUEST, static_cast<char*>(nullptr));
-  // Takes back POST and HEAD.
-  set(CURLOPT_HTTPGET, 1L);
-  return std::move(easy_);
-}
-
 template <typename T>
 void CurlTransfer::set(CURLoption option, T value) {
   curl_easy_setopt(easy_.get(), option, value);
@@ -99,7 +87,7 @@ void CurlTransfer::setHeaders() {
   for (const HTTPHeader& header : job_.request.headers) append(headerLine(header));
   set(CURLOPT_HTTPHEADER, headers_.get());
   // The body of a ping's answer is thrown away, so there is nothing to gain from a compressed one.
-  set(CURLOPT_ACCEPT_ENCODING, ping_ ? static_cast<const char*>(nullptr) : "");
+  if (!ping_) set(CURLOPT_ACCEPT_ENCODING, "");
 }
 
 int CurlTransfer::beforeSending(void* transfer, char* address, char* localAddress, int port, int) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <curl/curl.h>
 
@@ -29,8 +30,8 @@ class CurlTransfer {
   /// What became of the request; takes the body along. `code` is what libcurl ended with.
   HTTPResult takeResult(CURLcode code);
 
-  /// The handle, without anything of this transfer: the last thing to call.
-  CurlEasy releaseHandle();
+  /// The handle, which still points into this transfer: the last thing to call.
+  CurlEasy releaseHandle() { return std::move(easy_); }
 
   /// Whether the host that the request names answers over HTTP/2; absent if another host answered.
   std::optional<bool> answeredOverHTTP2() const;

@@ -11,20 +11,27 @@ constexpr std::size_t mostIdle = 64;
 }  // namespace
 
 CurlEasy HandlePool::take() {
-  if (idle_.empty()) return make();
-  CurlEasy handle = std::move(idle_.back());
-  idle_.pop_back();
+  CurlEasy handle;
+  if (idle_.empty()) {
+    handle.reset(curl_easy_init());
+    if (!handle) throw std::bad_alloc();
+  } else {
+    handle = std::move(idle_.back());
+    idle_.pop_back();
+  }
+  prepare(handle.get());
   return handle;
 }
 
 void HandlePool::giveBack(CurlEasy handle) {
-  if (idle_.size() < mostIdle) idle_.push_back(std::move(handle));
+  if (idle_.size() >= mostIdle) return;
+  // Also takes back libcurl's count of lost connections: after five in the life of a handle it
+  // would no longer send a request again.
+  curl_easy_reset(handle.get());
+  idle_.push_back(std::move(handle));
 }
 
-CurlEasy HandlePool::make() const {
-  CurlEasy handle(curl_easy_init());
-  if (!handle) throw std::bad_alloc();
-  CURL* const easy = handle.get();
+void HandlePool::prepare(CURL* easy) const {
   curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
@@ -40,7 +47,6 @@ CurlEasy HandlePool::make() const {
   if (!settings_.caFile.empty()) {
     curl_easy_setopt(easy, CURLOPT_CAINFO, settings_.caFile.c_str());
   }
-  return handle;
 }
 
 }  // namespace xel

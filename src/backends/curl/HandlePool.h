@@ -7,20 +7,19 @@
 
 namespace xel {
 
-/// Easy handles that carry what all transfers of a client have in common. They are used again:
-/// making and setting up a handle costs about as much as a small transfer over a warm connection.
-/// I/O thread only, but for the constructor.
+/// Easy handles that carry what all transfers of a client have in common. They are used again,
+/// which costs less than to make new ones. I/O thread only, but for the constructor.
 class HandlePool {
  public:
   /// `settings` must outlive this.
   explicit HandlePool(const CurlSettings& settings) : settings_(settings) {}
 
   CurlEasy take();
-  /// @param handle in no multi handle, and with nothing set that points to its last transfer.
+  /// @param handle in no multi handle.
   void giveBack(CurlEasy handle);
 
  private:
-  CurlEasy make() const;
+  void prepare(CURL* easy) const;
 
   const CurlSettings& settings_;
   std::vector<CurlEasy> idle_;
