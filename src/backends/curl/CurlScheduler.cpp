@@ -14,10 +14,7 @@ constexpr std::size_t mostKnownHosts = 64;
 }  // namespace
 
 CurlScheduler::CurlScheduler(CurlSettings settings, CompletionBox& results)
-    : settings_(std::move(settings)),
-      results_(results),
-      multi_(curl_multi_init()),
-      handles_(settings_) {
+    : settings_(std::move(settings)), results_(results), multi_(curl_multi_init()) {
   if (!multi_) throw std::bad_alloc();
   // Without file descriptors it has none to be woken up by, and says so only when asked.
   if (curl_multi_wakeup(multi_.get()) != CURLM_OK) {
@@ -71,8 +68,7 @@ void CurlScheduler::startWaiting() {
 }
 
 void CurlScheduler::start(Host& host, CurlJob job) {
-  auto active =
-      std::make_unique<Active>(host, std::move(job), settings_.redirects, handles_.take());
+  auto active = std::make_unique<Active>(host, std::move(job), settings_);
   CURL* handle = active->transfer.handle();
   active_.emplace(handle, std::move(active));
   curl_multi_add_handle(multi_.get(), handle);
@@ -98,7 +94,6 @@ void CurlScheduler::finish(CURL* handle, CURLcode code) {
   }
   results_.finish(ended->transfer.id(), ended->transfer.takeResult(code));
   curl_multi_remove_handle(multi_.get(), handle);
-  handles_.giveBack(ended->transfer.releaseHandle());
 }
 
 void CurlScheduler::wait() {

@@ -12,7 +12,6 @@
 #include "backends/curl/CurlJob.h"
 #include "backends/curl/CurlSettings.h"
 #include "backends/curl/CurlTransfer.h"
-#include "backends/curl/HandlePool.h"
 #include "backends/curl/HostQueue.h"
 
 namespace xel {
@@ -40,8 +39,8 @@ class CurlScheduler {
   /// Nodes of the map, which stay where they are.
   using Host = std::pair<const std::string, HostQueue>;
   struct Active {
-    Active(Host& to, CurlJob job, RedirectRule redirects, CurlEasy handle)
-        : host(to), transfer(std::move(job), redirects, std::move(handle)) {}
+    Active(Host& to, CurlJob job, const CurlSettings& settings)
+        : host(to), transfer(std::move(job), settings) {}
     Host& host;
     CurlTransfer transfer;
   };
@@ -55,7 +54,6 @@ class CurlScheduler {
   const CurlSettings settings_;
   CompletionBox& results_;
   CurlMulti multi_;
-  HandlePool handles_;
   std::unordered_map<std::string, HostQueue> hosts_;
   std::unordered_map<CURL*, std::unique_ptr<Active>> active_;
 };

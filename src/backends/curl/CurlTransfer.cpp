@@ -36,23 +36,22 @@ std::vector<HTTPHeader> answerHeaders(CURL* easy) {
 
 }  // namespace
 
-CurlTransfer::CurlTransfer(CurlJob job, RedirectRule redirects, CurlEasy handle)
+CurlTransfer::CurlTransfer(CurlJob job, const CurlSettings& settings)
     : job_(std::move(job)),
       ping_(job_.request.trackingEvent.has_value()),
-      redirects_(redirects, ping_),
-      easy_(std::move(handle)) {
+      redirects_(settings.redirects, ping_),
+      easy_(curl_easy_init()) {
+  if (!easy_) throw std::bad_alloc();
   set(CURLOPT_ERRORBUFFER, errorText_.data());
   set(CURLOPT_WRITEFUNCTION, &receive);
   set(CURLOPT_WRITEDATA, this);
   set(CURLOPT_PREREQFUNCTION, &beforeSending);
   set(CURLOPT_PREREQDATA, this);
   set(CURLOPT_URL, job_.request.url.c_str());
-  // To libcurl 0 means no time-out at all.
-  const auto left =
-      std::chrono::ceil<std::chrono::milliseconds>(job_.deadline - CurlJob::Clock::now());
-  set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(left.count())));
+  set(CURLOPT_PATH_AS_IS, 1L);
   setMethodAndBody();
   setHeaders();
+  setLimits(settings.caFile);
 }
 
 template <typename T>
@@ -88,6 +87,25 @@ void CurlTransfer::setHeaders() {
   set(CURLOPT_HTTPHEADER, headers_.get());
   // The body of a ping's answer is thrown away, so there is nothing to gain from a compressed one.
   if (!ping_) set(CURLOPT_ACCEPT_ENCODING, "");
+}
+
+void CurlTransfer::setLimits(const std::string& caFile) {
+  const auto left =
+      std::chrono::ceil<std::chrono::milliseconds>(job_.deadline - CurlJob::Clock::now());
+  // To libcurl 0 means no time-out at all.
+  set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(left.count())));
+  set(CURLOPT_PROTOCOLS_STR, "http,https");
+  set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+  set(CURLOPT_FOLLOWLOCATION, 1L);
+  set(CURLOPT_MAXREDIRS, 16L);
+  set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+  // Left to the system's settings it might be less (RFC 8996).
+  set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  set(CURLOPT_NOSIGNAL, 1L);
+  // Else the end of the client would wait for a stalled DNS look-up.
+  set(CURLOPT_QUICK_EXIT, 1L);
+  if (!caFile.empty()) set(CURLOPT_CAINFO, caFile.c_str());
 }
 
 int CurlTransfer::beforeSending(void* transfer, char* address, char* localAddress, int port, int) {

@@ -3,7 +3,6 @@
 #include <array>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include <curl/curl.h>
 
@@ -11,6 +10,7 @@
 
 #include "backends/curl/CurlHandles.h"
 #include "backends/curl/CurlJob.h"
+#include "backends/curl/CurlSettings.h"
 #include "backends/curl/RedirectGuard.h"
 
 namespace xel {
@@ -18,8 +18,7 @@ namespace xel {
 /// One request under way, and what has been received of its answer. I/O thread only.
 class CurlTransfer {
  public:
-  /// @param handle with what is common to all transfers.
-  CurlTransfer(CurlJob job, RedirectRule redirects, CurlEasy handle);
+  CurlTransfer(CurlJob job, const CurlSettings& settings);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
@@ -29,9 +28,6 @@ class CurlTransfer {
 
   /// What became of the request; takes the body along. `code` is what libcurl ended with.
   HTTPResult takeResult(CURLcode code);
-
-  /// The handle, which still points into this transfer: the last thing to call.
-  CurlEasy releaseHandle() { return std::move(easy_); }
 
   /// Whether the host that the request names answers over HTTP/2; absent if another host answered.
   std::optional<bool> answeredOverHTTP2() const;
@@ -44,6 +40,7 @@ class CurlTransfer {
   void set(CURLoption option, T value);
   void setMethodAndBody();
   void setHeaders();
+  void setLimits(const std::string& caFile);
   TransferError errorFor(CURLcode code) const;
   std::string reasonFor(CURLcode code) const;
 
